@@ -1,0 +1,14 @@
+#pragma once
+
+#include <string>
+
+#include "PlatformTypes.h"
+
+/// Turns wide text into narrow text for traces and the like.
+///
+/// Shape:  on Windows the system code page (CP_ACP), elsewhere UTF-8.
+/// Thread: any. Errors: what the code page lacks becomes its default character; never fails.
+std::string NarrowText(WStringView text);
+
+/// The way back, by the same code page.
+WString WidenText(std::string_view text);
