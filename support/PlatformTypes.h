@@ -20,6 +20,7 @@
 
 #else
 
+// The platform's own names. NOLINTBEGIN(readability-identifier-naming)
 using BYTE = std::uint8_t;
 using WORD = std::uint16_t;
 using DWORD = std::uint32_t;
@@ -72,12 +73,9 @@ struct GUID
 #define WTEXT_JOIN(literal) u##literal
 #define WTEXT(literal) WTEXT_JOIN(literal)
 
-#ifndef S_OK
 constexpr HRESULT S_OK = 0;
-#endif
-#ifndef E_FAIL
 constexpr HRESULT E_FAIL = static_cast<HRESULT>(0x80004005U);
-#endif
+// NOLINTEND(readability-identifier-naming)
 
 #endif
 
