@@ -37,15 +37,6 @@ constexpr std::array<std::uint8_t, 128> MakeDigitValues()
 constexpr std::array<DigitPair, 256> kDigitPairs = MakeDigitPairs();
 constexpr std::array<std::uint8_t, 128> kDigitValues = MakeDigitValues();
 
-void WriteDigits(WCHAR* out, std::span<const std::uint8_t> bytes) noexcept
-{
-    for (const std::uint8_t byte : bytes)
-    {
-        std::memcpy(out, kDigitPairs[byte].data(), sizeof(DigitPair));
-        out += 2;
-    }
-}
-
 constexpr std::uint8_t DigitValue(WCHAR unit) noexcept
 {
     return unit < kDigitValues.size() ? kDigitValues[unit] : std::uint8_t{0};
@@ -82,11 +73,20 @@ void HexTextToBin(WStringView text, std::uint8_t* bytes, std::uint32_t& count)
     ReadDigits(text, bytes, count);
 }
 
+void WriteHexText(std::span<const std::uint8_t> bytes, WCHAR* out) noexcept
+{
+    for (const std::uint8_t byte : bytes)
+    {
+        std::memcpy(out, kDigitPairs[byte].data(), sizeof(DigitPair));
+        out += 2;
+    }
+}
+
 void AppendHexText(WString& text, std::span<const std::uint8_t> bytes)
 {
     const std::size_t before = text.size();
     text.resize(before + 2 * bytes.size());
-    WriteDigits(text.data() + before, bytes);
+    WriteHexText(bytes, text.data() + before);
 }
 
 WString HexTextOf(std::span<const std::uint8_t> bytes)

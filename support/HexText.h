@@ -18,6 +18,9 @@ void BinToHexText(const std::uint8_t* bytes, WString& text, std::uint32_t count)
 /// null `bytes` returns at once.
 void HexTextToBin(WStringView text, std::uint8_t* bytes, std::uint32_t& count);
 
+/// Writes the digits of `bytes` to `out`, which has room for two units a byte; no terminator.
+void WriteHexText(std::span<const std::uint8_t> bytes, WCHAR* out) noexcept;
+
 /// Appends the digits of `bytes` to `text`.
 void AppendHexText(WString& text, std::span<const std::uint8_t> bytes);
 
