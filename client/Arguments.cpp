@@ -52,13 +52,12 @@ constexpr const char* kListHelp =
     R"(usage: dtclient list [OPTION ...]
 
 Prints the appointments between two moments, instances of series included.
+TIME is 2026-11-02, which means its midnight, or 2026-11-02T14:30.
 
   --from TIME        begin, local time (default: today)
   --to TIME          end, local time (default: seven days after the begin)
   --json             one JSON document, times in UTC
   --xml              the document as the server sent it
-
-TIME is 2026-11-02, which means its midnight, or 2026-11-02T14:30.
 )";
 
 constexpr const char* kWatchHelp =

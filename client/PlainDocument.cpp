@@ -109,6 +109,14 @@ std::string PlainEventJson(const std::string& event,
     return Dump(json, -1);
 }
 
+std::string NumberEventJson(const std::string& event, std::uint32_t number)
+{
+    Json json = Json::object();
+    json["event"] = event;
+    json["number"] = number;
+    return Dump(json, -1);
+}
+
 std::string TextEventJson(const std::string& event,
                           const std::string& key,
                           const std::string& value)

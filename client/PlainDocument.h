@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -35,7 +36,10 @@ std::string PlainEventJson(const std::string& event,
                            const std::string& kind,
                            const PlainDocument& document);
 
-/// {"event": "...", key: value} in one line, for events that carry no document.
+/// {"event": "...", "number": 0} in one line, for events that only concern another client.
+std::string NumberEventJson(const std::string& event, std::uint32_t number);
+
+/// {"event": "...", key: value} in one line.
 std::string TextEventJson(const std::string& event,
                           const std::string& key,
                           const std::string& value);
