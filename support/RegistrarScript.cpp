@@ -173,11 +173,13 @@ public:
     }
 
 private:
-    void Fail(const char* reason)
+    void Fail(const char* reason) { Fail(reason, m_line); }
+
+    void Fail(const char* reason, std::size_t line)
     {
         if (!m_error)
         {
-            m_error = ScriptError{m_line, reason};
+            m_error = ScriptError{line, reason};
         }
         m_token.reset();
     }
@@ -273,6 +275,7 @@ private:
 
     bool ReadData(ScriptValue& value)
     {
+        const std::size_t line = m_line; // what fails below is told by the line of the kind
         if (!m_token || m_token->quoted || m_token->text.size() != 1)
         {
             Fail("unknown kind of value");
@@ -303,16 +306,16 @@ private:
             const std::optional<std::uint32_t> number = NumberOf(text);
             value.kind = ScriptValueKind::Number;
             value.number = number.value_or(0);
-            return number || (Fail("not a 32-bit number"), false);
+            return number || (Fail("not a 32-bit number", line), false);
         }
         if (SameWord(kind, WTEXT("b")))
         {
             std::optional<std::vector<std::uint8_t>> bytes = BytesOf(text);
             value.kind = ScriptValueKind::Bytes;
             value.bytes = bytes.value_or(std::vector<std::uint8_t>());
-            return bytes || (Fail("not bytes in hexadecimal"), false);
+            return bytes || (Fail("not bytes in hexadecimal", line), false);
         }
-        Fail("unknown kind of value");
+        Fail("unknown kind of value", line);
         return false;
     }
 
