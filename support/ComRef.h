@@ -4,18 +4,23 @@
 
 #include <unknwn.h>
 
+#include <cstddef>
 #include <utility>
+
+#include "LastErrorGuard.h"
 
 /// Owner of one reference to a COM object.
 ///
 /// Owner: `Adopt` takes over a reference that the caller holds, `Share` adds one, `Put` is the slot
 ///        for an out parameter and releases first, `Detach` gives the reference away.
 /// Thread: that of the object; interface pointers do not cross apartments.
+/// Errors: releasing keeps GetLastError.
 template <typename Interface>
 class CComRef final
 {
 public:
     CComRef() noexcept = default;
+    CComRef(std::nullptr_t) noexcept {}
     CComRef(const CComRef& other) noexcept : CComRef(Share(other.m_object)) {}
     CComRef(CComRef&& other) noexcept : m_object(std::exchange(other.m_object, nullptr)) {}
     CComRef& operator=(CComRef other) noexcept
@@ -61,12 +66,17 @@ public:
     /// The same slot for calls that take `void**`.
     [[nodiscard]] void** PutVoid() noexcept { return reinterpret_cast<void**>(Put()); }
 
+    /// The same slot for calls that take `IUnknown**` and answer this interface.
+    [[nodiscard]] IUnknown** PutUnknown() noexcept { return reinterpret_cast<IUnknown**>(Put()); }
+
     [[nodiscard]] Interface* Detach() noexcept { return std::exchange(m_object, nullptr); }
 
     void Reset() noexcept
     {
+        // Emptied first: a release may call back into the owner.
         if (Interface* const object = Detach(); object != nullptr)
         {
+            const CLastErrorGuard keep;
             object->Release();
         }
     }

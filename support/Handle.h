@@ -43,7 +43,17 @@ public:
     explicit operator bool() const noexcept { return m_handle != Empty(); }
 
 private:
-    static HANDLE Empty() noexcept { return reinterpret_cast<HANDLE>(EmptyValue); }
+    static HANDLE Empty() noexcept
+    {
+        if constexpr (EmptyValue == 0)
+        {
+            return nullptr;
+        }
+        else
+        {
+            return reinterpret_cast<HANDLE>(EmptyValue);
+        }
+    }
 
     HANDLE m_handle = Empty();
 };
