@@ -4,8 +4,7 @@
 ///
 /// Every file that speaks MAPI includes this header and no MAPI header by itself. The stock headers
 /// date from 32-bit days; two things follow:
-///   - `Advise` and `Unadvise` of a table, store, session or address book are never called
-///   directly.
+///   - `Advise` and `Unadvise` of a table, store, session or address book are never called directly.
 ///     The functions of MapiAdvise.h call them with their true types.
 ///   - Untyped PR_ names are the 8-bit forms here. Write the `_W` or `_A` name always.
 ///

@@ -8,8 +8,7 @@
 
 /// A block that came from MAPI's allocator, freed with MAPIFreeBuffer.
 ///
-/// Owner:  the head block alone; what was allocated with MAPIAllocateMore goes with it. Row sets
-/// and
+/// Owner:  the head block alone; what was allocated with MAPIAllocateMore goes with it. Row sets and
 ///         address lists have owners of their own below, since this one would leak their rows.
 /// Thread: any, one at a time.
 template <typename T>
