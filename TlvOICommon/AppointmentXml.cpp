@@ -1,90 +1,91 @@
 #include "AppointmentXml.h"
 
-#include "DocumentWriter.h"
+#include "DocumentText.h"
 
 namespace
 {
 
-void WriteAttendee(CDocumentWriter& writer, const AttendeeInfo& attendee)
+template <typename Document>
+void WriteAttendee(Document& document, const AttendeeInfo& attendee)
 {
-    writer.Open<"attendee">();
-    writer.CdataElement<"name">(attendee.name);
-    writer.CdataElement<"email">(attendee.email);
+    document.template Open<"attendee">();
+    document.template Cdata<"name">(attendee.name);
+    document.template Cdata<"email">(attendee.email);
     // The names are crossed: clients read the flags as attendType and the type as recipType.
-    writer.NumberElement<"attendType">(attendee.recipientFlags);
-    writer.NumberElement<"recipType">(attendee.recipientType);
-    writer.NumberElement<"responseType">(attendee.trackStatus);
-    writer.Close<"attendee">();
+    document.template Number<"attendType">(attendee.recipientFlags);
+    document.template Number<"recipType">(attendee.recipientType);
+    document.template Number<"responseType">(attendee.trackStatus);
+    document.template Close<"attendee">();
 }
 
-void WriteIdentifiers(CDocumentWriter& writer, const MapiItemRef& itemRef)
+template <typename Document>
+void WriteIdentifiers(Document& document, const MapiItemRef& itemRef)
 {
-    writer.HexElement<"entryID">(itemRef.entryId);
-    writer.NumberElement<"entryIDSize">(BlockSize(itemRef.entryId));
-    writer.HexElement<"instanceEntryID">(itemRef.instanceKey);
-    writer.NumberElement<"instanceIDSize">(BlockSize(itemRef.instanceKey));
-    writer.HexElement<"storeEntryID">(itemRef.storeEntryId);
-    writer.NumberElement<"storeIDSize">(BlockSize(itemRef.storeEntryId));
+    document.template Hex<"entryID">(itemRef.entryId);
+    document.template Number<"entryIDSize">(BlockSize(itemRef.entryId));
+    document.template Hex<"instanceEntryID">(itemRef.instanceKey);
+    document.template Number<"instanceIDSize">(BlockSize(itemRef.instanceKey));
+    document.template Hex<"storeEntryID">(itemRef.storeEntryId);
+    document.template Number<"storeIDSize">(BlockSize(itemRef.storeEntryId));
 }
 
-void WriteAppointment(CDocumentWriter& writer, const MeetingInfo& meeting)
+template <typename Document>
+void WriteAppointment(Document& document, const MeetingInfo& meeting)
 {
-    writer.Open<"appointment">();
-    writer.NumberElement<"subKey">(meeting.subKey);
-    writer.CdataElement<"subject">(meeting.strName);
-    writer.CdataElement<"location">(meeting.location);
-    writer.CdataElement<"description">(meeting.strDesc);
-    writer.CdataElement<"hostName">(meeting.hostName);
-    writer.CdataElement<"hostEmail">(meeting.hostEmail);
-    writer.NumberElement<"duration">(meeting.duration);
-    writer.NumberElement<"meetStatus">(meeting.meetingStatus);
-    writer.FlagElement<"isRecurrent">(meeting.isRecurring != 0);
-    writer.NumberElement<"recurrentType">(meeting.recurrenceType);
-    writer.RawElement<"recurrentPattern">(meeting.recurrencePattern);
-    writer.RawElement<"profile">(meeting.itemRef.profileName);
-    writer.RawElement<"store">(meeting.itemRef.storeName);
-    writer.FlagElement<"isAllDayEvent">(meeting.isAllDay != 0);
-    writer.NumberElement<"responseStatus">(meeting.responseStatus);
-    writer.NumberElement<"busyStatus">(meeting.busyStatus);
-    writer.CdataElement<"tlvcOIEx">(meeting.calendarText);
-    writer.CdataElement<"desktoolsproperty">(meeting.strPropertyFromDeskTools);
-    writer.CdataElement<"UCCapabilities">(meeting.m_strUCCapabilities);
-    writer.TimeElement<"startTime">(meeting.start);
-    writer.TimeElement<"endTime">(meeting.end);
-    writer.TimeElement<"firstTime">(meeting.firstTime);
-    writer.HexElement<"recStateEntryID">(meeting.recurrenceState);
-    writer.NumberElement<"recStateIDSize">(BlockSize(meeting.recurrenceState));
-    writer.HexElement<"timeZoneEntryID">(meeting.timeZone);
-    writer.NumberElement<"timeZoneIDSize">(BlockSize(meeting.timeZone));
-    WriteIdentifiers(writer, meeting.itemRef);
-    writer.RawElement<"UId">(meeting.uid);
-    writer.CdataElement<"xaltdescription">(meeting.strXaltDesc);
-    writer.Open<"attendees">();
+    document.template Open<"appointment">();
+    document.template Number<"subKey">(meeting.subKey);
+    document.template Cdata<"subject">(meeting.strName);
+    document.template Cdata<"location">(meeting.location);
+    document.template Cdata<"description">(meeting.strDesc);
+    document.template Cdata<"hostName">(meeting.hostName);
+    document.template Cdata<"hostEmail">(meeting.hostEmail);
+    document.template Number<"duration">(meeting.duration);
+    document.template Number<"meetStatus">(meeting.meetingStatus);
+    document.template Flag<"isRecurrent">(meeting.isRecurring != 0);
+    document.template Number<"recurrentType">(meeting.recurrenceType);
+    document.template Unescaped<"recurrentPattern">(meeting.recurrencePattern);
+    document.template Unescaped<"profile">(meeting.itemRef.profileName);
+    document.template Unescaped<"store">(meeting.itemRef.storeName);
+    document.template Flag<"isAllDayEvent">(meeting.isAllDay != 0);
+    document.template Number<"responseStatus">(meeting.responseStatus);
+    document.template Number<"busyStatus">(meeting.busyStatus);
+    document.template Cdata<"tlvcOIEx">(meeting.calendarText);
+    document.template Cdata<"desktoolsproperty">(meeting.strPropertyFromDeskTools);
+    document.template Cdata<"UCCapabilities">(meeting.m_strUCCapabilities);
+    document.template Time<"startTime">(meeting.start);
+    document.template Time<"endTime">(meeting.end);
+    document.template Time<"firstTime">(meeting.firstTime);
+    document.template Hex<"recStateEntryID">(meeting.recurrenceState);
+    document.template Number<"recStateIDSize">(BlockSize(meeting.recurrenceState));
+    document.template Hex<"timeZoneEntryID">(meeting.timeZone);
+    document.template Number<"timeZoneIDSize">(BlockSize(meeting.timeZone));
+    WriteIdentifiers(document, meeting.itemRef);
+    document.template Unescaped<"UId">(meeting.uid);
+    document.template Cdata<"xaltdescription">(meeting.strXaltDesc);
+    document.template Open<"attendees">();
     for (const AttendeeInfo& attendee : meeting.attendees)
     {
-        WriteAttendee(writer, attendee);
+        WriteAttendee(document, attendee);
     }
-    writer.Close<"attendees">();
-    writer.Close<"appointment">();
+    document.template Close<"attendees">();
+    document.template Close<"appointment">();
 }
 
 } // namespace
 
 WString BuildAppointmentXml(const MeetingInfo& meeting)
 {
-    CDocumentWriter writer;
-    WriteAppointment(writer, meeting);
-    return writer.Take();
+    return BuildDocument([&](auto& document) { WriteAppointment(document, meeting); });
 }
 
 WString BuildAppointmentsXml(std::span<const MeetingInfo> meetings)
 {
-    CDocumentWriter writer;
-    writer.Open<"appointments">();
-    for (const MeetingInfo& meeting : meetings)
-    {
-        WriteAppointment(writer, meeting);
-    }
-    writer.Close<"appointments">();
-    return writer.Take();
+    return BuildDocument([&](auto& document) {
+        document.template Open<"appointments">();
+        for (const MeetingInfo& meeting : meetings)
+        {
+            WriteAppointment(document, meeting);
+        }
+        document.template Close<"appointments">();
+    });
 }

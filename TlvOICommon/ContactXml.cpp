@@ -1,6 +1,6 @@
 #include "ContactXml.h"
 
-#include "DocumentWriter.h"
+#include "DocumentText.h"
 
 namespace
 {
@@ -13,62 +13,57 @@ enum class ContactForm
 
 constexpr WStringView kGap = WTEXT("\t\t\t\t\t\t   ");
 
-void WriteContact(CDocumentWriter& writer, const ContactRecord& contact, ContactForm form)
+template <typename Document>
+void WriteContact(Document& document, const ContactRecord& contact, ContactForm form)
 {
-    writer.Open<"ContactInfo">();
-    writer.HexElement<"EntryID">(contact.entryId);
-    writer.CdataElement<"DisplayName">(contact.displayName);
-    writer.CdataElement<"EmailAddress">(contact.emailAddress);
+    document.template Open<"ContactInfo">();
+    document.template Hex<"EntryID">(contact.entryId);
+    document.template Cdata<"DisplayName">(contact.displayName);
+    document.template Cdata<"EmailAddress">(contact.emailAddress);
     if (form == ContactForm::WithImAddress)
     {
-        writer.CdataElement<"IMAddress">(contact.imAddress);
+        document.template Cdata<"IMAddress">(contact.imAddress);
     }
-    writer.CdataElement<"Title">(contact.title);
-    writer.CdataElement<"Company">(contact.company);
-    writer.CdataElement<"Tele_Work">(contact.teleWork);
-    writer.CdataElement<"Tele_Mobile">(contact.teleMobile);
-    writer.Raw(kGap);
-    writer.CdataElement<"Tele_Fax">(contact.teleFax);
-    writer.CdataElement<"Tele_home">(contact.teleHome);
-    writer.CdataElement<"WebSite">(contact.webSite);
-    writer.CdataElement<"Country">(contact.country);
-    writer.CdataElement<"PostalCode">(contact.postalCode);
-    writer.CdataElement<"State">(contact.state);
-    writer.CdataElement<"Street">(contact.street);
-    writer.CdataElement<"Locality">(contact.locality);
-    writer.Raw(kGap);
-    writer.CdataElement<"GivenName">(contact.givenName);
-    writer.CdataElement<"SurName">(contact.surName);
-    writer.CdataElement<"Department">(contact.department);
-    writer.NumberElement<"HasPicture">(contact.hasPicture);
-    writer.Open<"PictureData">();
-    writer.Raw(WTEXT("<![CDATA["));
-    writer.Hex(contact.picture);
-    writer.Raw(WTEXT("]]>"));
-    writer.Close<"PictureData">();
-    writer.Close<"ContactInfo">();
+    document.template Cdata<"Title">(contact.title);
+    document.template Cdata<"Company">(contact.company);
+    document.template Cdata<"Tele_Work">(contact.teleWork);
+    document.template Cdata<"Tele_Mobile">(contact.teleMobile);
+    document.Raw(kGap);
+    document.template Cdata<"Tele_Fax">(contact.teleFax);
+    document.template Cdata<"Tele_home">(contact.teleHome);
+    document.template Cdata<"WebSite">(contact.webSite);
+    document.template Cdata<"Country">(contact.country);
+    document.template Cdata<"PostalCode">(contact.postalCode);
+    document.template Cdata<"State">(contact.state);
+    document.template Cdata<"Street">(contact.street);
+    document.template Cdata<"Locality">(contact.locality);
+    document.Raw(kGap);
+    document.template Cdata<"GivenName">(contact.givenName);
+    document.template Cdata<"SurName">(contact.surName);
+    document.template Cdata<"Department">(contact.department);
+    document.template Number<"HasPicture">(contact.hasPicture);
+    document.template CdataHex<"PictureData">(contact.picture);
+    document.template Close<"ContactInfo">();
 }
 
 WString BuildContactInfo(const ContactRecord& contact, ContactForm form)
 {
-    CDocumentWriter writer;
-    WriteContact(writer, contact, form);
-    return writer.Take();
+    return BuildDocument([&](auto& document) { WriteContact(document, contact, form); });
 }
 
 WString BuildContacts(WStringView declaration,
                       std::span<const ContactRecord> contacts,
                       ContactForm form)
 {
-    CDocumentWriter writer;
-    writer.Raw(declaration);
-    writer.Open<"Contacts">();
-    for (const ContactRecord& contact : contacts)
-    {
-        WriteContact(writer, contact, form);
-    }
-    writer.Close<"Contacts">();
-    return writer.Take();
+    return BuildDocument([&](auto& document) {
+        document.Raw(declaration);
+        document.template Open<"Contacts">();
+        for (const ContactRecord& contact : contacts)
+        {
+            WriteContact(document, contact, form);
+        }
+        document.template Close<"Contacts">();
+    });
 }
 
 } // namespace

@@ -1,23 +1,23 @@
 #include "ResolveNameXml.h"
 
-#include "DocumentWriter.h"
+#include "DocumentText.h"
 
 WString BuildResolveNameXml(bool success, WStringView name, WStringView smtp)
 {
-    CDocumentWriter writer;
-    writer.Open<"ResolveName">();
-    writer.Open<"Result">();
-    writer.FlagElement<"IsSuccess">(success);
-    writer.Close<"Result">();
-    writer.Open<"Body">();
-    writer.Open<"Contact">();
-    writer.CdataElement<"Name">(name);
-    if (success)
-    {
-        writer.CdataElement<"EmailAddress">(smtp);
-    }
-    writer.Close<"Contact">();
-    writer.Close<"Body">();
-    writer.Close<"ResolveName">();
-    return writer.Take();
+    return BuildDocument([&](auto& document) {
+        document.template Open<"ResolveName">();
+        document.template Open<"Result">();
+        document.template Flag<"IsSuccess">(success);
+        document.template Close<"Result">();
+        document.template Open<"Body">();
+        document.template Open<"Contact">();
+        document.template Cdata<"Name">(name);
+        if (success)
+        {
+            document.template Cdata<"EmailAddress">(smtp);
+        }
+        document.template Close<"Contact">();
+        document.template Close<"Body">();
+        document.template Close<"ResolveName">();
+    });
 }

@@ -1,71 +1,108 @@
 #include "XmlText.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <cstring>
-
-#include "DocumentWriter.h"
 
 namespace
 {
 
-constexpr std::size_t kUnitsAStep = sizeof(std::uint64_t) / sizeof(WCHAR);
+constexpr WStringView kAmpersand = WTEXT("&amp;");
+constexpr WStringView kLess = WTEXT("&lt;");
+constexpr WStringView kGreater = WTEXT("&gt;");
 
-constexpr std::uint64_t InEveryUnit(std::uint64_t unit) noexcept
-{
-    return unit * 0x0001000100010001ULL;
-}
+/// "<" and ">" differ in this bit alone, so that one test does for both.
+constexpr std::uint16_t kAngleBit = '<' ^ '>';
 
-/// Whether one of the four 16-bit lanes is zero.
-constexpr bool HasZeroUnit(std::uint64_t lanes) noexcept
-{
-    return ((lanes - InEveryUnit(1)) & ~lanes & InEveryUnit(0x8000)) != 0;
-}
-
-/// Whether one of four code units is markup. "<" and ">" differ in one bit, so one test does for
-/// both.
-constexpr bool HasMarkup(std::uint64_t units) noexcept
-{
-    constexpr std::uint64_t kAngleBit = '<' ^ '>';
-    return HasZeroUnit(units ^ InEveryUnit('&')) ||
-           HasZeroUnit((units | InEveryUnit(kAngleBit)) ^ InEveryUnit('>'));
-}
+/// Units that are looked at together: a short run of text without markup is copied at once.
+constexpr std::size_t kRun = 32;
 
 constexpr bool IsMarkup(WCHAR unit) noexcept
 {
-    return unit == WTEXT('&') || unit == WTEXT('<') || unit == WTEXT('>');
+    return unit == WTEXT('&') || (unit | kAngleBit) == WTEXT('>');
+}
+
+/// Whether any of kRun units is markup, without a branch, so that the compiler looks at many at once.
+bool HasMarkup(const WCHAR* run) noexcept
+{
+    std::uint16_t any = 0;
+    for (std::size_t i = 0; i < kRun; ++i)
+    {
+        any = static_cast<std::uint16_t>(any | (IsMarkup(run[i]) ? 1 : 0));
+    }
+    return any != 0;
+}
+
+WCHAR* WriteEscapedUnit(WCHAR unit, WCHAR* out) noexcept
+{
+    switch (unit)
+    {
+    case WTEXT('&'):
+        return std::copy(kAmpersand.begin(), kAmpersand.end(), out);
+    case WTEXT('<'):
+        return std::copy(kLess.begin(), kLess.end(), out);
+    case WTEXT('>'):
+        return std::copy(kGreater.begin(), kGreater.end(), out);
+    default:
+        *out = unit;
+        return out + 1;
+    }
 }
 
 } // namespace
 
-std::size_t FindXmlMarkup(WStringView text) noexcept
-{
-    std::size_t at = 0;
-    for (; text.size() - at >= kUnitsAStep; at += kUnitsAStep)
-    {
-        std::uint64_t units = 0;
-        std::memcpy(&units, text.data() + at, sizeof(units));
-        if (HasMarkup(units))
-        {
-            break;
-        }
-    }
-    for (; at < text.size(); ++at)
-    {
-        if (IsMarkup(text[at]))
-        {
-            return at;
-        }
-    }
-    return WStringView::npos;
-}
-
 WString EscapeXmlText(WStringView text)
 {
-    if (FindXmlMarkup(text) == WStringView::npos)
+    const std::size_t length = EscapedXmlLength(text);
+    if (length == text.size())
     {
         return WString(text);
     }
-    CDocumentWriter writer;
-    writer.Escaped(text);
-    return writer.Take();
+    WString escaped(length, WCHAR{});
+    WriteEscapedXml(text, escaped.data());
+    return escaped;
+}
+
+std::size_t EscapedXmlLength(WStringView text) noexcept
+{
+    // The counts of a block fit into 16 bits, the width of a code unit, and each has a loop body
+    // without a choice, so that the compiler counts many units at once.
+    constexpr std::size_t kBlock = 8192;
+    std::size_t length = text.size();
+    while (!text.empty())
+    {
+        const WStringView block = text.substr(0, kBlock);
+        std::uint16_t ampersands = 0;
+        std::uint16_t angles = 0;
+        for (const WCHAR unit : block)
+        {
+            ampersands = static_cast<std::uint16_t>(ampersands + (unit == WTEXT('&')));
+            angles = static_cast<std::uint16_t>(angles + ((unit | kAngleBit) == WTEXT('>')));
+        }
+        length += ampersands * (kAmpersand.size() - 1) + angles * (kLess.size() - 1);
+        text.remove_prefix(block.size());
+    }
+    return length;
+}
+
+WCHAR* WriteEscapedXml(WStringView text, WCHAR* out) noexcept
+{
+    for (; text.size() >= kRun; text.remove_prefix(kRun))
+    {
+        if (!HasMarkup(text.data()))
+        {
+            std::memcpy(out, text.data(), kRun * sizeof(WCHAR));
+            out += kRun;
+            continue;
+        }
+        for (const WCHAR unit : text.substr(0, kRun))
+        {
+            out = WriteEscapedUnit(unit, out);
+        }
+    }
+    for (const WCHAR unit : text)
+    {
+        out = WriteEscapedUnit(unit, out);
+    }
+    return out;
 }
