@@ -20,12 +20,12 @@
 /// Thread: AddWork and its kin, ClearPendingWork, GetProfileInfo and ReleaseMAPI from any thread.
 /// The
 ///         mail switch is otherwise the work thread's alone.
-/// Errors: construction never fails; what is missing is traced, and the tasks then wait or answer
-///         with empty documents.
+/// Errors: construction throws for want of memory alone. What else is missing is traced, and the
+///         tasks then wait or answer with empty documents.
 class CWorkThread
 {
 public:
-    CWorkThread() noexcept;
+    CWorkThread();
     CWorkThread(const CWorkThread&) = delete;
     CWorkThread& operator=(const CWorkThread&) = delete;
     ~CWorkThread();
@@ -61,6 +61,10 @@ public:
 
     [[nodiscard]] ULONG Status() const noexcept { return m_dwStatus.load(); }
 
+    /// What Lotus Notes would answer a changed appointment with: posts the document under the change
+    /// type that belongs to a Post task, and nothing for any other task.
+    static void SendModifyMessage(TaskType type, const WString& xml);
+
 private:
     friend DWORD WINAPI WorkThreadFunc(void* parameter);
     friend void ReleaseWorkThread(bool hibernate) noexcept;
@@ -74,7 +78,8 @@ private:
     bool WaitForWork();
     void PumpOneMessage();
     void DrainQueue();
-    void RunTask(WorkTask& task);
+    void RunTask(const WorkTask& task);
+    void RunChangeTask(const WorkTask& task);
 
     void CallInitMapi(ULONG sequence, ULONG mailType, ULONG initType);
     void CallReleaseMapi(bool endThread);
@@ -105,6 +110,14 @@ private:
     std::atomic<bool> m_bRunning{false};
     HANDLE m_hWorkPending = nullptr;
 };
+
+/// The thread procedure of a CWorkThread, which is its argument. Its last act is to destroy the
+/// object, if that is still the process's own.
+DWORD WINAPI WorkThreadFunc(void* parameter);
+
+/// Destroys `object` if it is g_pWorkThread, after the last use of it has ended.
+/// Thread: the work thread, at its end.
+void EndWorkThreadObject(CWorkThread* object) noexcept;
 
 /// The one work thread object of the process, null before the first client and after its end.
 extern std::atomic<CWorkThread*> g_pWorkThread;
