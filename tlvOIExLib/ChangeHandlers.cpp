@@ -38,8 +38,7 @@ void CWorkThread::CallDeleteAppt(const WorkTask& task)
     WString xml;
     if (m_pMailCtrl != nullptr && m_pMailCtrl->DeleteMsgInfoByTableSink(instanceHex, xml) != 0)
     {
-        PostEventText(
-            WM_EVENT_CALENDAR_UPDATED, ChangeDeleted, xml, "CWorkThread::CallDeleteAppt");
+        PostEventText(WM_EVENT_CALENDAR_UPDATED, ChangeDeleted, xml, "CWorkThread::CallDeleteAppt");
     }
 }
 
@@ -51,8 +50,7 @@ void CWorkThread::CallModifyApp(const WorkTask& task)
         m_pMailCtrl->GetMsgInfoByTableSink(
             FolderOf(task), TextOfParam(task.Param2), TextOfParam(task.Param3), xml) != 0)
     {
-        PostEventText(
-            WM_EVENT_CALENDAR_UPDATED, ChangeModified, xml, "CWorkThread::CallModifyApp");
+        PostEventText(WM_EVENT_CALENDAR_UPDATED, ChangeModified, xml, "CWorkThread::CallModifyApp");
     }
 }
 

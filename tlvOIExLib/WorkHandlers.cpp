@@ -83,10 +83,8 @@ void CWorkThread::CallGetAppointments(const WorkTask& task)
     {
         m_pMailCtrl->ListAppointment(TimeOfParam(task.Param1), TimeOfParam(task.Param2), xml);
     }
-    PostEventText(WM_EVENT_LIST_APPOINTMENT,
-                  task.ulSequenceID,
-                  xml,
-                  "CWorkThread::CallGetAppointments");
+    PostEventText(
+        WM_EVENT_LIST_APPOINTMENT, task.ulSequenceID, xml, "CWorkThread::CallGetAppointments");
 }
 
 void CWorkThread::CallGetRecurrentInstances(const WorkTask& task)
@@ -99,10 +97,8 @@ void CWorkThread::CallGetRecurrentInstances(const WorkTask& task)
         m_pMailCtrl->ListRecurrentInstance(TextOfParam(task.Param3), &start, &end, xml);
     }
     // This handler and the next speak of CallGetAppointments when memory is short.
-    PostEventText(WM_EVENT_LIST_RECURRENT,
-                  task.ulSequenceID,
-                  xml,
-                  "CWorkThread::CallGetAppointments");
+    PostEventText(
+        WM_EVENT_LIST_RECURRENT, task.ulSequenceID, xml, "CWorkThread::CallGetAppointments");
 }
 
 void CWorkThread::CallGetRecentEmail(const WorkTask& task)
@@ -126,10 +122,8 @@ void CWorkThread::CallGetAppointment(const WorkTask& task)
     {
         m_pMailCtrl->GetAppointment(TextOfParam(task.Param1), xml);
     }
-    PostEventText(WM_EVENT_GET_APPOINTMENT,
-                  task.ulSequenceID,
-                  xml,
-                  "CWorkThread::CallGetAppointment");
+    PostEventText(
+        WM_EVENT_GET_APPOINTMENT, task.ulSequenceID, xml, "CWorkThread::CallGetAppointment");
 }
 
 void CWorkThread::CallGetPersonalContact(const WorkTask& task)

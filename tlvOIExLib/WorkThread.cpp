@@ -222,13 +222,8 @@ HANDLE CWorkThread::QueueRelease(bool hibernate)
     HANDLE thread = nullptr;
     if (!hibernate && m_hThread != nullptr && GetCurrentThreadId() != m_dwThreadId)
     {
-        DuplicateHandle(GetCurrentProcess(),
-                        m_hThread,
-                        GetCurrentProcess(),
-                        &thread,
-                        SYNCHRONIZE,
-                        FALSE,
-                        0);
+        DuplicateHandle(
+            GetCurrentProcess(), m_hThread, GetCurrentProcess(), &thread, SYNCHRONIZE, FALSE, 0);
     }
     WorkTask task;
     task.eTaskType = hibernate ? TaskType::Hibernate : TaskType::Release;
