@@ -1,0 +1,278 @@
+"""Reads iCalendar files into plain events (RFC 5545), with python3-icalendar.
+
+Times are naive and local to the event's zone. What cannot be read is noted by event.
+"""
+
+import io
+import re
+from dataclasses import dataclass, field
+from datetime import date, datetime, timedelta, timezone
+from typing import Any, List, Optional, Tuple
+
+import icalendar
+from dateutil import tz as dateutil_tz
+
+from . import zones
+from .problem import Problem
+
+
+@dataclass
+class Person:
+    name: str
+    email: str
+    part_stat: str = "NEEDS-ACTION"
+    role: str = "REQ-PARTICIPANT"
+    kind: str = "INDIVIDUAL"
+
+
+@dataclass
+class Event:
+    uid: str
+    label: str  # how notes call it
+    start: datetime
+    end: datetime
+    zone: Any
+    all_day: bool
+    summary: str = ""
+    location: str = ""
+    description: str = ""
+    html: str = ""
+    status: str = ""
+    busy: int = 2
+    sensitivity: int = 0
+    importance: int = 1
+    organizer: Optional[Person] = None
+    attendees: List[Person] = field(default_factory=list)
+    rules: List[dict] = field(default_factory=list)
+    exclusion_rules: bool = False
+    rdates: List[Tuple[datetime, Optional[datetime]]] = field(default_factory=list)
+    exdates: List[datetime] = field(default_factory=list)
+    exdays: List[date] = field(default_factory=list)
+    recurrence_id: Optional[datetime] = None
+    recurrence_id_zone: Any = None
+    and_future: bool = False
+    sequence: int = 0
+    reminder: Optional[int] = None
+    created: Optional[datetime] = None
+    modified: Optional[datetime] = None
+    named: List[Tuple[str, str]] = field(default_factory=list)
+
+    @property
+    def duration(self):
+        return self.end - self.start
+
+
+class Calendar:
+    """One file's events; `zone` is what its floating and whole-day times mean."""
+
+    def __init__(self, path, default_zone, note):
+        self.path, self.note = path, note
+        self.zone = default_zone
+        self.own_zones = {}
+        self.events = []
+
+    def read(self, data, zone_is_given=False):
+        text = decode_text(data, self.path, self.note)
+        if "BEGIN:VCALENDAR" not in text.upper():
+            raise Problem(f"{self.path}: is no iCalendar file (no BEGIN:VCALENDAR)")
+        try:
+            calendars = icalendar.Calendar.from_ical(text, multiple=True)
+        except (ValueError, KeyError, IndexError) as error:
+            raise Problem(f"{self.path}: cannot be read as iCalendar: {error}") from None
+        for calendar in calendars:
+            name = str(calendar.get("X-WR-TIMEZONE", ""))
+            if name and not zone_is_given and zones.find(name):
+                self.zone = zones.find(name)
+            for component in calendar.walk("VTIMEZONE"):
+                self._own_zone(component)
+            for number, component in enumerate(calendar.walk("VEVENT"), 1):
+                event = self._event(component, number)
+                if event:
+                    self.events.append(event)
+            for kind in ("VTODO", "VJOURNAL"):
+                count = len(calendar.walk(kind))
+                if count:
+                    self.note("file", f"{count} of {kind} are no events and are left out")
+        return self.events
+
+    def _own_zone(self, component):
+        name = str(component.get("TZID", ""))
+        if not name or zones.find(name):
+            return
+        try:
+            text = component.to_ical().decode("utf-8").replace("\r\n", "\n")
+            self.own_zones[name] = dateutil_tz.tzical(io.StringIO(text)).get(name)
+        except (ValueError, KeyError, TypeError) as error:
+            self.note("file", f"the zone {name!r} cannot be read ({error})")
+
+    def _zone(self, name, label):
+        zone = zones.find(name) or self.own_zones.get(name)
+        if zone is None:
+            self.note(label, f"the zone {name!r} is not known; {zones.name_of(self.zone)} is taken instead")
+            return self.zone
+        return zone
+
+    def _event(self, component, number):
+        summary = _text(component, "SUMMARY")
+        label = f"event {number} {summary[:40]!r}"
+        for name, error in component.errors:
+            self.note(label, f"{name} cannot be read and is left out ({error})")
+        start = component.get("DTSTART")
+        if start is None:
+            self.note(label, "has no start and is left out")
+            return None
+        begin, zone, all_day = self._moment(start, start.dt, None, label)
+        event = Event(uid=_text(component, "UID") or f"no-uid-{number}-{begin:%Y%m%dT%H%M%S}", label=label,
+                      start=begin, end=begin, zone=zone, all_day=all_day, summary=summary)
+        self._read_end(component, event)
+        event.location = _text(component, "LOCATION")
+        self._read_bodies(component, event)
+        self._read_state(component, event)
+        self._read_people(component, event)
+        self._read_recurrence(component, event)
+        for name in ("CREATED", "LAST-MODIFIED"):
+            value = component.get(name)
+            if value is not None and isinstance(getattr(value, "dt", None), datetime):
+                moment = value.dt if value.dt.tzinfo else value.dt.replace(tzinfo=timezone.utc)
+                setattr(event, "created" if name == "CREATED" else "modified",
+                        moment.astimezone(timezone.utc).replace(tzinfo=None))
+        for value in _all(component, "X-DT-PROPERTY"):
+            event.named.append((str(value.params.get("NAME", "")), str(value)))
+        return event
+
+    def _moment(self, prop, value, zone, label):
+        """(naive local time, its zone, whether it is a date). With `zone` the time is given in that zone."""
+        if not isinstance(value, datetime):
+            return datetime(value.year, value.month, value.day), zone or self.zone, True
+        name = str(prop.params.get("TZID", "")) if hasattr(prop, "params") else ""
+        naive = value.replace(tzinfo=None)
+        if name:
+            own = self._zone(name, label)
+        elif value.tzinfo is not None:
+            own, naive = zones.UTC, value.astimezone(timezone.utc).replace(tzinfo=None)
+        else:
+            own = self.zone
+        if zone is None or zone is own:
+            return naive, own, False
+        return naive.replace(tzinfo=own).astimezone(zone).replace(tzinfo=None), zone, False
+
+    def _read_end(self, component, event):
+        end, duration = component.get("DTEND"), component.get("DURATION")
+        if end is not None:
+            event.end, _, _ = self._moment(end, end.dt, event.zone, event.label)
+        elif duration is not None and isinstance(duration.dt, timedelta):
+            event.end = event.start + duration.dt
+        elif event.all_day:
+            event.end = event.start + timedelta(days=1)
+        if event.end < event.start:
+            self.note(event.label, "ends before it starts; it is kept without length")
+            event.end = event.start
+        if event.all_day and event.end == event.start:
+            event.end += timedelta(days=1)
+
+    def _read_bodies(self, component, event):
+        event.description = _text(component, "DESCRIPTION")
+        for name in ("X-ALT-DESC", "STYLED-DESCRIPTION"):
+            for value in _all(component, name):
+                if str(value.params.get("FMTTYPE", "text/html")).lower() == "text/html":
+                    event.html = event.html or str(value)
+        if "CATEGORIES" in component:
+            self.note(event.label, "categories are left out")
+        if "ATTACH" in component:
+            self.note(event.label, "attachments are left out")
+
+    def _read_state(self, component, event):
+        event.status = _text(component, "STATUS").upper()
+        event.sequence = _number(component, "SEQUENCE", 0)
+        event.sensitivity = {"PRIVATE": 2, "CONFIDENTIAL": 3}.get(_text(component, "CLASS").upper(), 0)
+        priority = _number(component, "PRIORITY", 0)
+        event.importance = 1 if priority in (0, 5) else 2 if priority < 5 else 0
+        kinds = {"FREE": 0, "TENTATIVE": 1, "BUSY": 2, "OOF": 3, "WORKINGELSEWHERE": 4}
+        busy = kinds.get(_text(component, "X-MICROSOFT-CDO-BUSYSTATUS").upper())
+        if busy is None:
+            free = _text(component, "TRANSP").upper() == "TRANSPARENT"
+            busy = 0 if free else 1 if event.status == "TENTATIVE" else 2
+        event.busy = busy
+        for alarm in component.walk("VALARM"):
+            trigger = alarm.get("TRIGGER")
+            if trigger is not None and isinstance(trigger.dt, timedelta) and trigger.dt <= timedelta(0):
+                event.reminder = int(-trigger.dt.total_seconds() // 60)
+                break
+
+    def _read_people(self, component, event):
+        organizer = component.get("ORGANIZER")
+        if organizer is not None:
+            event.organizer = _person(organizer)
+        for value in _all(component, "ATTENDEE"):
+            person = _person(value)
+            if person.email or person.name:
+                event.attendees.append(person)
+            else:
+                self.note(event.label, "an attendee without address and name is left out")
+
+    def _read_recurrence(self, component, event):
+        for rule in _all(component, "RRULE"):
+            if rule not in event.rules:
+                event.rules.append(rule)
+        event.exclusion_rules = "EXRULE" in component
+        for value in _all(component, "EXDATE"):
+            for one in value.dts:
+                moment, _, is_date = self._moment(value, one.dt, event.zone, event.label)
+                if is_date and not event.all_day:
+                    event.exdays.append(moment.date())
+                else:
+                    event.exdates.append(moment)
+        for value in _all(component, "RDATE"):
+            for one in value.dts:
+                self._read_rdate(value, one.dt, event)
+        identifier = component.get("RECURRENCE-ID")
+        if identifier is not None:
+            event.recurrence_id, event.recurrence_id_zone, _ = self._moment(
+                identifier, identifier.dt, None, event.label)
+            event.and_future = str(identifier.params.get("RANGE", "")).upper() == "THISANDFUTURE"
+
+    def _read_rdate(self, value, one, event):
+        if isinstance(one, tuple):
+            begin, _, _ = self._moment(value, one[0], event.zone, event.label)
+            if isinstance(one[1], timedelta):
+                event.rdates.append((begin, begin + one[1]))
+            else:
+                event.rdates.append((begin, self._moment(value, one[1], event.zone, event.label)[0]))
+        else:
+            event.rdates.append((self._moment(value, one, event.zone, event.label)[0], None))
+
+
+def decode_text(data, path, note):
+    """Text of a file: UTF-8 with or without a mark, else Windows-1252 with a note."""
+    try:
+        return data.decode("utf-8-sig")
+    except UnicodeDecodeError:
+        note("file", "is not UTF-8; it is read as Windows-1252")
+        return data.decode("cp1252", "replace")
+
+
+def _all(component, name):
+    value = component.get(name)
+    return [] if value is None else value if isinstance(value, list) else [value]
+
+
+def _text(component, name):
+    found = _all(component, name)
+    return str(found[0]).replace("\0", "") if found else ""
+
+
+def _number(component, name, default):
+    try:
+        return int(_text(component, name) or default)
+    except ValueError:
+        return default
+
+
+def _person(value):
+    params = value.params
+    email = re.sub(r"^mailto:", "", str(value).strip(), flags=re.I)
+    if "@" not in email and params.get("EMAIL"):
+        email = str(params["EMAIL"])
+    name = str(params.get("CN", "")).strip().strip('"') or email
+    return Person(name, email, str(params.get("PARTSTAT", "NEEDS-ACTION")).upper(),
+                  str(params.get("ROLE", "REQ-PARTICIPANT")).upper(), str(params.get("CUTYPE", "INDIVIDUAL")).upper())
