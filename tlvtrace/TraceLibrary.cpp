@@ -1,0 +1,75 @@
+#include "TraceLibrary.h"
+
+#include <algorithm>
+#include <array>
+
+namespace tlvtrace
+{
+namespace
+{
+constexpr std::string_view kContinued = "(continued) ";
+
+bool IsAscii(std::string_view text)
+{
+    return std::all_of(text.begin(), text.end(), [](char letter) {
+        return static_cast<unsigned char>(letter) < 0x80;
+    });
+}
+
+// Apart from its caller, so that the common case does not pay for the buffers on its stack.
+__attribute__((noinline)) void AddConverted(CTraceQueue& queue,
+                                            std::string_view head,
+                                            std::string_view body)
+{
+    std::array<wchar_t, kMaxText> wide;
+    std::array<char, 3 * kMaxText> utf8;
+    const int units = MultiByteToWideChar(CP_ACP,
+                                          0,
+                                          body.data(),
+                                          static_cast<int>(body.size()),
+                                          wide.data(),
+                                          static_cast<int>(wide.size()));
+    const int bytes = WideCharToMultiByte(CP_UTF8,
+                                          0,
+                                          wide.data(),
+                                          units,
+                                          utf8.data(),
+                                          static_cast<int>(utf8.size()),
+                                          nullptr,
+                                          nullptr);
+    queue.Add(head, std::string_view(utf8.data(), static_cast<std::size_t>(std::max(bytes, 0))));
+}
+} // namespace
+
+CTraceLibrary::CTraceLibrary(ITraceStore& store, const QueueLimits& limits)
+    : m_queue(store, limits), m_continuedSlot(TlsAlloc())
+{
+}
+
+void CTraceLibrary::Write(const TraceRecord& record) noexcept
+{
+    const DWORD lastError = GetLastError();
+    SYSTEMTIME now{};
+    GetLocalTime(&now);
+    char head[kMaxHead];
+    std::size_t length = WriteHead(head, record, now, GetCurrentProcessId(), GetCurrentThreadId());
+    if (m_continuedSlot != TLS_OUT_OF_INDEXES)
+    {
+        if (TlsGetValue(m_continuedSlot) != nullptr && length + kContinued.size() < sizeof head)
+        {
+            length += kContinued.copy(head + length, kContinued.size());
+        }
+        TlsSetValue(m_continuedSlot, EndsLine(record) ? nullptr : this);
+    }
+    const std::string_view body = BodyOf(record);
+    if (IsAscii(body))
+    {
+        m_queue.Add(std::string_view(head, length), body);
+    }
+    else
+    {
+        AddConverted(m_queue, std::string_view(head, length), body);
+    }
+    SetLastError(lastError);
+}
+} // namespace tlvtrace
