@@ -1,6 +1,7 @@
 #include "XmlText.h"
 
 #include <algorithm>
+#include <bit>
 #include <cstdint>
 #include <cstring>
 
@@ -33,20 +34,74 @@ bool HasMarkup(const WCHAR* run) noexcept
     return any != 0;
 }
 
-WCHAR* WriteEscapedUnit(WCHAR unit, WCHAR* out) noexcept
+WCHAR* WriteEntity(WCHAR markup, WCHAR* out) noexcept
 {
-    switch (unit)
+    switch (markup)
     {
     case WTEXT('&'):
         return std::copy(kAmpersand.begin(), kAmpersand.end(), out);
     case WTEXT('<'):
         return std::copy(kLess.begin(), kLess.end(), out);
-    case WTEXT('>'):
-        return std::copy(kGreater.begin(), kGreater.end(), out);
     default:
-        *out = unit;
-        return out + 1;
+        return std::copy(kGreater.begin(), kGreater.end(), out);
     }
+}
+
+/// Four code units in one word; the first is the lowest.
+using Word = std::uint64_t;
+constexpr std::size_t kWordUnits = sizeof(Word) / sizeof(WCHAR);
+static_assert(std::endian::native == std::endian::little);
+
+constexpr Word InEveryUnit(Word unit) noexcept
+{
+    return unit * 0x0001000100010001ULL;
+}
+
+/// Has the lowest set bit in the first unit of `units` that is zero, and no bit when none is.
+constexpr Word ZeroUnits(Word units) noexcept
+{
+    return (units - InEveryUnit(1)) & ~units & InEveryUnit(0x8000);
+}
+
+/// How many units of `units` stand before the first markup, kWordUnits when there is none.
+std::size_t UnitsBeforeMarkup(Word units) noexcept
+{
+    const Word markup = ZeroUnits(units ^ InEveryUnit('&')) |
+                        ZeroUnits((units | InEveryUnit(kAngleBit)) ^ InEveryUnit('>'));
+    return static_cast<std::size_t>(std::countr_zero(markup)) / 16;
+}
+
+/// Writes a text that has markup in it. Escaped text is never shorter than the text itself, so a
+/// whole word may always be stored while a whole word is left to read.
+WCHAR* WriteMarkedRun(WStringView text, WCHAR* out) noexcept
+{
+    while (text.size() >= kWordUnits)
+    {
+        Word units = 0;
+        std::memcpy(&units, text.data(), sizeof(units));
+        std::memcpy(out, &units, sizeof(units));
+        const std::size_t plain = UnitsBeforeMarkup(units);
+        out += plain;
+        if (plain == kWordUnits)
+        {
+            text.remove_prefix(kWordUnits);
+            continue;
+        }
+        out = WriteEntity(text[plain], out);
+        text.remove_prefix(plain + 1);
+    }
+    for (const WCHAR unit : text)
+    {
+        if (IsMarkup(unit))
+        {
+            out = WriteEntity(unit, out);
+        }
+        else
+        {
+            *out++ = unit;
+        }
+    }
+    return out;
 }
 
 } // namespace
@@ -95,14 +150,7 @@ WCHAR* WriteEscapedXml(WStringView text, WCHAR* out) noexcept
             out += kRun;
             continue;
         }
-        for (const WCHAR unit : text.substr(0, kRun))
-        {
-            out = WriteEscapedUnit(unit, out);
-        }
+        out = WriteMarkedRun(text.substr(0, kRun), out);
     }
-    for (const WCHAR unit : text)
-    {
-        out = WriteEscapedUnit(unit, out);
-    }
-    return out;
+    return WriteMarkedRun(text, out);
 }
