@@ -154,7 +154,7 @@ CComRef<IDispatch> CConnectionPoint::SinkAt(std::size_t slot) const
     return slot < m_slots.size() ? m_slots[slot] : CComRef<IDispatch>();
 }
 
-HRESULT EnumerateConnectionPoints(const std::vector<IConnectionPoint*>& points,
+HRESULT EnumerateConnectionPoints(std::initializer_list<IConnectionPoint*> points,
                                   IEnumConnectionPoints** enumerator) noexcept
 try
 {

@@ -6,6 +6,7 @@
 #include <olectl.h>
 
 #include <cstddef>
+#include <initializer_list>
 #include <mutex>
 #include <vector>
 
@@ -57,5 +58,5 @@ private:
 };
 
 /// Enumerates the connection points of a container. The points are shared.
-HRESULT EnumerateConnectionPoints(const std::vector<IConnectionPoint*>& points,
+HRESULT EnumerateConnectionPoints(std::initializer_list<IConnectionPoint*> points,
                                   IEnumConnectionPoints** enumerator) noexcept;

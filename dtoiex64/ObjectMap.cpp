@@ -1,0 +1,9 @@
+#include "ObjectMap.h"
+
+#include "dtOIEx64_i.h"
+#include "MapiClient.h"
+#include "Resource.h"
+
+constinit const std::array<ObjectMapEntry, 1> kObjectMap = {{
+    {&CLSID_MapiDtClient, IDR_MAPICLIENT, CMapiClient::Create, CMapiClient::ObjectMain},
+}};
