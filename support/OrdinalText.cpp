@@ -1,5 +1,7 @@
 #include "OrdinalText.h"
 
+#ifdef _WIN32
+
 #include <windows.h>
 
 #include <limits>
@@ -46,3 +48,29 @@ WString LowerCaseText(WStringView text)
     }
     return lower;
 }
+
+#else
+
+#include <algorithm>
+
+#include "CaseTables.h"
+
+bool EqualIgnoringCase(WStringView first, WStringView second) noexcept
+{
+    return std::equal(
+        first.begin(), first.end(), second.begin(), second.end(), [](WCHAR a, WCHAR b) {
+            return a == b || UpperCaseUnit(a) == UpperCaseUnit(b);
+        });
+}
+
+WString LowerCaseText(WStringView text)
+{
+    WString lower(text);
+    for (WCHAR& unit : lower)
+    {
+        unit = LowerCaseUnit(unit);
+    }
+    return lower;
+}
+
+#endif

@@ -24,6 +24,12 @@ ITraceRoute* SetTraceRoute(ITraceRoute* route) noexcept
     return g_route.exchange(route);
 }
 
+bool IsTraceOpen() noexcept
+{
+    ITraceRoute* const route = g_route.load();
+    return route != nullptr && route->IsOpen();
+}
+
 extern "C" void SendTrace(TL_SDK::TLLoggerLevel level,
                           const char* file,
                           int line,
@@ -34,18 +40,18 @@ extern "C" void SendTrace(TL_SDK::TLLoggerLevel level,
 #ifdef _WIN32
     const DWORD lastError = GetLastError();
 #endif
-    char message[kLineBytes];
-    va_list arguments;
-    va_start(arguments, format);
-    if (std::vsnprintf(message, sizeof message, format, arguments) < 0)
-    {
-        message[0] = '\0';
-    }
-    va_end(arguments);
-
     ITraceRoute* const route = g_route.load();
     if (route != nullptr && route->IsOpen())
     {
+        char message[kLineBytes];
+        va_list arguments;
+        va_start(arguments, format);
+        if (std::vsnprintf(message, sizeof message, format, arguments) < 0)
+        {
+            message[0] = '\0';
+        }
+        va_end(arguments);
+
         char text[kLineBytes];
         std::snprintf(text, sizeof text, "[%s:%d][%s]:%s", file, line, function, message);
         if (std::strstr(text, kHeartbeatText) != nullptr)

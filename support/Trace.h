@@ -50,6 +50,9 @@ public:
 /// Thread: any; a line under way on another thread may still reach the old route.
 ITraceRoute* SetTraceRoute(ITraceRoute* route) noexcept;
 
+/// False while a line would be dropped: lets a caller spare the making of a costly text.
+[[nodiscard]] bool IsTraceOpen() noexcept;
+
 #if defined(__GNUC__)
 #if defined(__MINGW32__) && !defined(__clang__)
 #define DT_PRINTF_FORMAT(text, first) __attribute__((format(gnu_printf, text, first)))
