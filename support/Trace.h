@@ -22,7 +22,7 @@ enum TLLoggerLevel : int
 
 } // namespace TL_SDK
 
-/// Where finished lines go. Implemented above this folder and installed once at start.
+/// Where finished lines go: installed once at start, in the server by StartServerTrace.
 ///
 /// Thread: every operation is called from any thread and must not trace.
 class ITraceRoute

@@ -1,0 +1,53 @@
+#include "FaultGuard.h"
+
+#include <windows.h>
+
+#include <excpt.h>
+
+// The compiler has no __try. What the headers offer in its place are two pieces of assembly with fixed
+// labels: one pair a file, in a function that is not inlined and holds no object with a destructor.
+// Behind the second piece comes both who had a fault and who had none.
+
+namespace
+{
+
+constexpr DWORD kGccThrow = 0x20474343;
+
+thread_local DWORD t_faultCode;
+
+} // namespace
+
+/// Named from assembly alone.
+extern "C" __attribute__((used)) LONG CALLBACK FaultGuardFilter(EXCEPTION_POINTERS* pointers)
+{
+    const DWORD code = pointers->ExceptionRecord->ExceptionCode;
+    if (code == kGccThrow)
+    {
+        return EXCEPTION_CONTINUE_SEARCH;
+    }
+    t_faultCode = code;
+    return EXCEPTION_EXECUTE_HANDLER;
+}
+
+namespace
+{
+
+__attribute__((noinline)) bool RunToEnd(void (*work)(void*), void* context)
+{
+    volatile bool isDone = false;
+    __try1(FaultGuardFilter)
+    {
+        work(context);
+        isDone = true;
+    }
+    __except1 return isDone;
+}
+
+} // namespace
+
+DWORD RunGuarded(void (*work)(void* context), void* context)
+{
+    // Touched here once, since the first touch on a thread allocates, which the filter should not.
+    t_faultCode = 0;
+    return RunToEnd(work, context) ? 0 : t_faultCode;
+}
