@@ -1,0 +1,161 @@
+#include "ChildProcess.h"
+
+#include <array>
+#include <utility>
+
+namespace
+{
+void CloseIfOpen(HANDLE& handle)
+{
+    if (handle != nullptr)
+    {
+        CloseHandle(std::exchange(handle, nullptr));
+    }
+}
+} // namespace
+
+std::wstring BuildPath(const std::wstring& relative)
+{
+    // The tests stand in BUILD\tests.
+    std::array<wchar_t, MAX_PATH> path{};
+    GetModuleFileNameW(nullptr, path.data(), static_cast<DWORD>(path.size()));
+    std::wstring folder(path.data());
+    folder.resize(folder.rfind(L'\\'));
+    folder.resize(folder.rfind(L'\\'));
+    return folder + L"\\" + relative;
+}
+
+CChildProcess::~CChildProcess()
+{
+    CloseInput();
+    CloseIfOpen(m_output);
+    if (m_process != nullptr)
+    {
+        // A child that does not end with its input is of no use to anybody any more.
+        if (WaitForSingleObject(m_process, kPatienceMs) != WAIT_OBJECT_0)
+        {
+            TerminateProcess(m_process, 98);
+        }
+        CloseIfOpen(m_process);
+    }
+}
+
+bool CChildProcess::Start(const std::wstring& program,
+                          const std::wstring& arguments,
+                          bool withInput)
+{
+    SECURITY_ATTRIBUTES inherited{};
+    inherited.nLength = sizeof inherited;
+    inherited.bInheritHandle = TRUE;
+    HANDLE childOutput = nullptr;
+    HANDLE childInput = nullptr;
+    if (CreatePipe(&m_output, &childOutput, &inherited, 0) == 0)
+    {
+        return false;
+    }
+    SetHandleInformation(m_output, HANDLE_FLAG_INHERIT, 0);
+    if (withInput && CreatePipe(&childInput, &m_input, &inherited, 0) != 0)
+    {
+        SetHandleInformation(m_input, HANDLE_FLAG_INHERIT, 0);
+    }
+
+    std::wstring commandLine = L"\"" + program + L"\" " + arguments;
+    STARTUPINFOW start{};
+    start.cb = sizeof start;
+    start.dwFlags = STARTF_USESTDHANDLES;
+    start.hStdInput = childInput;
+    start.hStdOutput = childOutput;
+    start.hStdError = childOutput;
+    PROCESS_INFORMATION process{};
+    const BOOL started = CreateProcessW(program.c_str(),
+                                        commandLine.data(),
+                                        nullptr,
+                                        nullptr,
+                                        TRUE,
+                                        0,
+                                        nullptr,
+                                        nullptr,
+                                        &start,
+                                        &process);
+    CloseIfOpen(childOutput);
+    CloseIfOpen(childInput);
+    if (started == 0)
+    {
+        return false;
+    }
+    CloseHandle(process.hThread);
+    m_process = process.hProcess;
+    return true;
+}
+
+bool CChildProcess::ReadLine(std::string& line)
+{
+    for (;;)
+    {
+        const std::size_t end = m_buffer.find('\n');
+        if (end != std::string::npos)
+        {
+            line = m_buffer.substr(0, end);
+            m_buffer.erase(0, end + 1);
+            if (!line.empty() && line.back() == '\r')
+            {
+                line.pop_back();
+            }
+            return true;
+        }
+        std::array<char, 4096> block{};
+        DWORD cbRead = 0;
+        if (ReadFile(m_output, block.data(), static_cast<DWORD>(block.size()), &cbRead, nullptr) ==
+                0 ||
+            cbRead == 0)
+        {
+            return false;
+        }
+        m_buffer.append(block.data(), cbRead);
+    }
+}
+
+std::string CChildProcess::ReadRest()
+{
+    std::string text;
+    for (std::string line; ReadLine(line);)
+    {
+        text += line + "\n";
+    }
+    return text + std::exchange(m_buffer, std::string());
+}
+
+bool CChildProcess::WriteLine(const std::string& line)
+{
+    const std::string text = line + "\n";
+    DWORD cbWritten = 0;
+    return WriteFile(m_input, text.data(), static_cast<DWORD>(text.size()), &cbWritten, nullptr) !=
+           0;
+}
+
+void CChildProcess::CloseInput()
+{
+    CloseIfOpen(m_input);
+}
+
+DWORD CChildProcess::Wait()
+{
+    DWORD code = 0xFFFFFFFF;
+    if (WaitForSingleObject(m_process, kPatienceMs) == WAIT_OBJECT_0)
+    {
+        GetExitCodeProcess(m_process, &code);
+    }
+    return code;
+}
+
+ProgramResult RunProgram(const std::wstring& program, const std::wstring& arguments)
+{
+    ProgramResult result;
+    CChildProcess child;
+    if (child.Start(program, arguments, false))
+    {
+        result.output = child.ReadRest();
+        result.exitCode = child.Wait();
+    }
+    return result;
+}
