@@ -11,7 +11,9 @@
 #include <windows.h>
 
 #include "dtoiExApp.h"
+#include "MapiCtrl.h"
 #include "Monitor.h"
+#include "ServerTrace.h"
 
 namespace
 {
@@ -22,9 +24,12 @@ public:
     CStaticStart() : m_module(GetCommandLineW())
     {
         // 1. The trace library, so that nothing that follows is lost.
-        // 2. The monitor learns where it stands: from here on it may come to life.
+        StartServerTrace();
+        // 2. What stands behind the work thread, which the first client object will make.
+        SetMailSwitchFactory(MakeMapiCtrl);
+        // 3. The monitor learns where it stands: from here on it may come to life.
         CClientMonitor::SetHost(&m_module);
-        // 3. The classes: the hidden window, made on this thread, and the monitor thread. Neither in
+        // 4. The classes: the hidden window, made on this thread, and the monitor thread. Neither in
         //    a registration run.
         m_module.StartClasses();
     }
@@ -36,6 +41,7 @@ public:
         // The same way back. The classes end the monitor, and with its window the trace is closed.
         m_module.StopClasses();
         CClientMonitor::SetHost(nullptr);
+        StopServerTrace();
     }
 
     CdtOIEx64Module& Module() noexcept { return m_module; }
