@@ -15,17 +15,32 @@ std::string NarrowText(WStringView text)
     return narrow;
 }
 
-WString WidenText(std::string_view text)
+namespace
+{
+
+WString WidenBy(UINT codePage, std::string_view text)
 {
     if (text.empty())
     {
         return {};
     }
     const int cb = static_cast<int>(text.size());
-    const int cch = MultiByteToWideChar(CP_ACP, 0, text.data(), cb, nullptr, 0);
+    const int cch = MultiByteToWideChar(codePage, 0, text.data(), cb, nullptr, 0);
     WString wide(static_cast<std::size_t>(cch), WTEXT('\0'));
-    MultiByteToWideChar(CP_ACP, 0, text.data(), cb, wide.data(), cch);
+    MultiByteToWideChar(codePage, 0, text.data(), cb, wide.data(), cch);
     return wide;
+}
+
+} // namespace
+
+WString WidenText(std::string_view text)
+{
+    return WidenBy(CP_ACP, text);
+}
+
+WString WidenThreadText(std::string_view text)
+{
+    return WidenBy(CP_THREAD_ACP, text);
 }
 
 #else
@@ -167,6 +182,11 @@ WString WidenText(std::string_view text)
         }
     }
     return wide;
+}
+
+WString WidenThreadText(std::string_view text)
+{
+    return WidenText(text);
 }
 
 #endif

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 
 #include "PlatformTypes.h"
 
@@ -12,3 +13,7 @@ std::string NarrowText(WStringView text);
 
 /// The way back, by the same code page.
 WString WidenText(std::string_view text);
+
+/// The way back by the code page of the calling thread (CP_THREAD_ACP), which narrow properties of
+/// the mail system are in.
+WString WidenThreadText(std::string_view text);

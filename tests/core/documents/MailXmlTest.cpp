@@ -4,6 +4,8 @@
 
 #include <vector>
 
+#include "DocumentFile.h"
+
 namespace
 {
 
@@ -77,4 +79,21 @@ TEST(MailXml, ListHoldsTheMailsInOrderWithNothingBetween)
     EXPECT_EQ(BuildMailsXml(mails),
               WTEXT("<Mails>") + BuildMailInfoXml(mails[0]) + BuildMailInfoXml(mails[1]) +
                   WTEXT("</Mails>"));
+}
+
+TEST(MailXml, DocumentsMatchTheirExpectedFiles)
+{
+    MailRecord mail;
+    mail.subject = WTEXT("Figures <draft> & plan");
+    mail.messageClass = WTEXT("IPM.Note<&>");
+    mail.messageFlags = 9;
+    mail.importance = 2;
+    mail.deliveryTime = {0x696BA480, 0x01DA6F06}; // 2024-03-05 14:07:09 UTC
+    mail.itemRef.entryId = {0x00, 0xEF};
+    const std::vector<MailRecord> mails = {MailRecord(), mail};
+
+    EXPECT_EQ(BuildMailInfoXml(mail), ExpectedDocument("mail-full.expected.txt"));
+    EXPECT_EQ(BuildMailInfoXml(MailRecord()), ExpectedDocument("mail-empty.expected.txt"));
+    EXPECT_EQ(BuildMailsXml(mails), ExpectedDocument("mails-two.expected.txt"));
+    EXPECT_EQ(BuildMailsXml({}), ExpectedDocument("mails-none.expected.txt"));
 }

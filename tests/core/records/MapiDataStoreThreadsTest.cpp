@@ -1,7 +1,8 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
-#include <latch>
+#include <condition_variable>
+#include <mutex>
 #include <set>
 #include <thread>
 #include <vector>
@@ -13,14 +14,34 @@ namespace
 
 constexpr int kRounds = 2000;
 
+/// Lets threads begin together. (The latch of GCC 12's library loses wake-ups under Windows.)
+class CStartLine
+{
+public:
+    explicit CStartLine(int runners) : m_missing(runners) {}
+
+    void ArriveAndWait()
+    {
+        std::unique_lock hold(m_lock);
+        --m_missing;
+        m_allHere.notify_all();
+        m_allHere.wait(hold, [this] { return m_missing == 0; });
+    }
+
+private:
+    std::mutex m_lock; // guards m_missing
+    std::condition_variable m_allHere;
+    int m_missing;
+};
+
 TEST(MapiDataStoreThreads, FactsAndFlagAreReadWhileTheMapsAreInUse)
 {
     CMapiDataStore store;
-    std::latch start(3);
+    CStartLine start(3);
     std::atomic<bool> torn{false};
 
     std::thread maps([&] {
-        start.arrive_and_wait();
+        start.ArriveAndWait();
         MeetingInfo record;
         record.strName = WTEXT("plan");
         record.itemRef.instanceKey = {1};
@@ -32,14 +53,14 @@ TEST(MapiDataStoreThreads, FactsAndFlagAreReadWhileTheMapsAreInUse)
         }
     });
     std::thread facts([&] {
-        start.arrive_and_wait();
+        start.ArriveAndWait();
         for (int i = 0; i < kRounds; ++i)
         {
             store.SetUserFacts(WTEXT("a"), WTEXT("b"), WTEXT("c"));
             store.SetReleasing(static_cast<std::uint32_t>(i & 1));
         }
     });
-    start.arrive_and_wait();
+    start.ArriveAndWait();
     for (int i = 0; i < kRounds; ++i)
     {
         const WString email = store.GetUserEmail();
@@ -88,16 +109,16 @@ TEST(MapiDataStoreThreads, OneOfManyTakersGetsEachRecord)
 TEST(MapiDataStoreThreads, ContactsAreRemovedWhileAnotherThreadClears)
 {
     CMapiDataStore store;
-    std::latch start(2);
+    CStartLine start(2);
 
     std::thread clearing([&] {
-        start.arrive_and_wait();
+        start.ArriveAndWait();
         for (int i = 0; i < kRounds; ++i)
         {
             store.ClearDataStore();
         }
     });
-    start.arrive_and_wait();
+    start.ArriveAndWait();
     for (int i = 0; i < kRounds; ++i)
     {
         ContactRecord contact;
@@ -113,13 +134,13 @@ TEST(MapiDataStoreThreads, ContactsAreRemovedWhileAnotherThreadClears)
 TEST(MapiDataStoreThreads, AllThreadsSeeOneStoreOfTheProcess)
 {
     std::vector<CMapiDataStore*> seen(8);
-    std::latch start(8);
+    CStartLine start(8);
     std::vector<std::thread> threads;
 
     for (CMapiDataStore*& slot : seen)
     {
         threads.emplace_back([&] {
-            start.arrive_and_wait();
+            start.ArriveAndWait();
             slot = &MapiDataStore();
         });
     }

@@ -1,0 +1,6 @@
+#pragma once
+
+#include "PlatformTypes.h"
+
+/// Whether the first "@" of `text` stands behind at least one other character.
+[[nodiscard]] bool IsValidEmailAddress(WStringView text) noexcept;
