@@ -1,38 +1,17 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
-#include <condition_variable>
-#include <mutex>
 #include <set>
 #include <thread>
 #include <vector>
 
 #include "MapiDataStore.h"
+#include "StartLine.h"
 
 namespace
 {
 
 constexpr int kRounds = 2000;
-
-/// Lets threads begin together. (The latch of GCC 12's library loses wake-ups under Windows.)
-class CStartLine
-{
-public:
-    explicit CStartLine(int runners) : m_missing(runners) {}
-
-    void ArriveAndWait()
-    {
-        std::unique_lock hold(m_lock);
-        --m_missing;
-        m_allHere.notify_all();
-        m_allHere.wait(hold, [this] { return m_missing == 0; });
-    }
-
-private:
-    std::mutex m_lock; // guards m_missing
-    std::condition_variable m_allHere;
-    int m_missing;
-};
 
 TEST(MapiDataStoreThreads, FactsAndFlagAreReadWhileTheMapsAreInUse)
 {

@@ -1,10 +1,10 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
-#include <latch>
 #include <thread>
 #include <vector>
 
+#include "StartLine.h"
 #include "WorkQueue.h"
 
 namespace
@@ -24,12 +24,12 @@ std::uint32_t Id(std::uint32_t producer, std::uint32_t index)
 TEST(WorkQueueThreads, FourProducersLoseNothingAndEachKeepsItsOrder)
 {
     CWorkQueue queue;
-    std::latch start(kProducers);
+    CStartLine start(kProducers);
     std::vector<std::thread> producers;
     for (std::uint32_t p = 0; p < kProducers; p++)
     {
         producers.emplace_back([&queue, &start, p] {
-            start.arrive_and_wait();
+            start.ArriveAndWait();
             for (std::uint32_t i = 0; i < kTasksEach; i++)
             {
                 WorkTask task;
@@ -73,9 +73,9 @@ TEST(WorkQueueThreads, ClearingWhileOthersPushAndPopLeavesWholeTasks)
 {
     CWorkQueue queue;
     std::atomic<bool> stop{false};
-    std::latch start(3);
+    CStartLine start(3);
     std::thread producer([&] {
-        start.arrive_and_wait();
+        start.ArriveAndWait();
         for (std::uint32_t i = 0; i < kTasksEach; i++)
         {
             WorkTask task;
@@ -87,7 +87,7 @@ TEST(WorkQueueThreads, ClearingWhileOthersPushAndPopLeavesWholeTasks)
         stop = true;
     });
     std::thread consumer([&] {
-        start.arrive_and_wait();
+        start.ArriveAndWait();
         while (!stop)
         {
             WorkTask task;
@@ -98,7 +98,7 @@ TEST(WorkQueueThreads, ClearingWhileOthersPushAndPopLeavesWholeTasks)
             }
         }
     });
-    start.arrive_and_wait();
+    start.ArriveAndWait();
     while (!stop)
     {
         queue.Clear();
