@@ -2,12 +2,23 @@
 
 #include <windows.h>
 
+#include "CrashCapture.h"
 #include "dtoiExApp.h"
 #include "Handle.h"
 #include "Registration.h"
 #include "RegistrationVerb.h"
 #include "StaticStart.h"
 #include "Trace.h"
+
+namespace
+{
+
+void ReleaseThroughModule() noexcept
+{
+    Module().ReleaseMail();
+}
+
+} // namespace
 
 int WINAPI wWinMain(HINSTANCE, HINSTANCE, PWSTR commandLine, int showCommand)
 {
@@ -27,6 +38,7 @@ int WINAPI wWinMain(HINSTANCE, HINSTANCE, PWSTR commandLine, int showCommand)
     // 3. Crash capture, for server runs only: the per-user verbs go without it as well.
     else if (!module.IsRegistrationRun())
     {
+        InstallCrashCapture(ReleaseThroughModule);
         SEND_TRACE(3, "_tWinMain", "~~~~~~~~~~~~~_tWinMain~~~~~~~~~~~~~~~~~~");
         module.SetDelayShutdown(false);
     }
