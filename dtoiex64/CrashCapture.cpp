@@ -23,6 +23,9 @@ constexpr BYTE kReturnZero[] = {0x33, 0xC0, 0xC3};
 /// The code of the exception that stands for std::terminate. Bit 29 marks it as the program's own.
 constexpr DWORD kTerminateCode = 0xE0544552;
 
+/// The code under which our compiler's C++ exceptions travel.
+constexpr DWORD kGccThrow = 0x20474343;
+
 void (*g_release)() noexcept = nullptr;
 std::atomic<bool> g_isEntered{false};
 
@@ -56,6 +59,17 @@ void LockFilterIn() noexcept
     __builtin_unreachable();
 }
 
+/// The end of a C++ exception that nobody catches, with the exit code that the system would give. Left
+/// to the system it would unwind, and the runtime's cleanup of the frames on the way needs a target
+/// frame that its search has never found: the process would hang.
+void EndUncaughtThrow(const EXCEPTION_POINTERS* pointers) noexcept
+{
+    if (pointers != nullptr && pointers->ExceptionRecord->ExceptionCode == kGccThrow)
+    {
+        TerminateProcess(GetCurrentProcess(), kGccThrow);
+    }
+}
+
 } // namespace
 
 void InstallCrashCapture(void (*release)() noexcept) noexcept
@@ -85,5 +99,6 @@ LONG WINAPI _UnhandledExceptionFilter(EXCEPTION_POINTERS* pointers) noexcept
     {
         g_release();
     }
+    EndUncaughtThrow(pointers);
     return EXCEPTION_EXECUTE_HANDLER;
 }
