@@ -11,6 +11,9 @@ from .ics_rules import Inexpressible, own_dates, pattern_of, zone_rule
 from .pattern import PatternProblem
 
 
+MOST_FOLLOWED = 1_000_000  # instances of one rule that are looked at on the way to the horizon
+
+
 @dataclasses.dataclass
 class Horizon:
     """Where instances that no pattern holds become single messages; both ends inclusive dates."""
@@ -56,7 +59,7 @@ class CalendarImport:
 
     def run(self, data):
         """The messages of a file's bytes."""
-        events = self.calendar.read(data, self.zone_is_given)
+        events = self.calendar.read(data, self.zone_is_given, lambda done, of: self.step(done, 2 * of))
         self.counts.events = len(events)
         groups = {}
         for event in events:
@@ -65,7 +68,7 @@ class CalendarImport:
         for group in groups.values():
             self._group(group)
             done += len(group)
-            self.step(done, len(events))
+            self.step(len(events) + done, 2 * len(events))
         return self.messages
 
     def _group(self, group):
@@ -210,7 +213,11 @@ class CalendarImport:
             dates.rdate(begin)
         gone = set(master.exdates)
         made = before = after = 0
-        for begin in dates:
+        for number, begin in enumerate(dates):
+            if number == MOST_FOLLOWED:
+                after = "further ones"
+                self.note(master.label, f"its rule was followed for {MOST_FOLLOWED} instances and no further")
+                break
             if begin in gone or begin.date() in master.exdays:
                 continue
             if begin < self.horizon.first:

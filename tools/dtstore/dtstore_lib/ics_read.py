@@ -12,7 +12,7 @@ from typing import Any, List, Optional, Tuple
 import icalendar
 from dateutil import tz as dateutil_tz
 
-from . import zones
+from . import ics_rules, zones
 from .problem import Problem
 
 
@@ -62,6 +62,25 @@ class Event:
         return self.end - self.start
 
 
+class OddRule(icalendar.vRecur):
+    """A rule by its text alone, for forms that the parser does not take. Raises ValueError."""
+
+    def __init__(self, text):
+        super().__init__()
+        self.text = text
+        for part in text.split(";"):
+            name, _, values = part.upper().partition("=")
+            if name == "UNTIL":
+                self[name] = [icalendar.vDDDTypes.from_ical(values)]
+            else:
+                self[name] = [int(v) if v.lstrip("+-").isdigit() else v for v in values.split(",")]
+        if "FREQ" not in self:
+            raise ValueError("it has no frequency")
+
+    def to_ical(self):
+        return self.text.encode()
+
+
 class Calendar:
     """One file's events; `zone` is what its floating and whole-day times mean."""
 
@@ -71,7 +90,8 @@ class Calendar:
         self.own_zones = {}
         self.events = []
 
-    def read(self, data, zone_is_given=False):
+    def read(self, data, zone_is_given=False, step=lambda done, of: None):
+        """The events of a file's bytes. step() hears of each component that was looked at."""
         text = decode_text(data, self.path, self.note)
         if "BEGIN:VCALENDAR" not in text.upper():
             raise Problem(f"{self.path}: is no iCalendar file (no BEGIN:VCALENDAR)")
@@ -85,7 +105,9 @@ class Calendar:
                 self.zone = zones.find(name)
             for component in calendar.walk("VTIMEZONE"):
                 self._own_zone(component)
-            for number, component in enumerate(calendar.walk("VEVENT"), 1):
+            components = calendar.walk("VEVENT")
+            for number, component in enumerate(components, 1):
+                step(number, len(components))
                 event = self._event(component, number)
                 if event:
                     self.events.append(event)
@@ -116,7 +138,8 @@ class Calendar:
         summary = _text(component, "SUMMARY")
         label = f"event {number} {summary[:40]!r}"
         for name, error in component.errors:
-            self.note(label, f"{name} cannot be read and is left out ({error})")
+            if name != "RRULE":
+                self.note(label, f"{name} cannot be read and is left out ({error})")
         start = component.get("DTSTART")
         if start is None:
             self.note(label, "has no start and is left out")
@@ -213,7 +236,10 @@ class Calendar:
     def _read_recurrence(self, component, event):
         for rule in _all(component, "RRULE"):
             if rule not in event.rules:
-                event.rules.append(rule)
+                self._add_rule(rule, event)
+        for name, error in component.errors:
+            if name == "RRULE":
+                self._read_odd_rule(str(error), event)
         event.exclusion_rules = "EXRULE" in component
         for value in _all(component, "EXDATE"):
             for one in value.dts:
@@ -230,6 +256,22 @@ class Calendar:
             event.recurrence_id, event.recurrence_id_zone, _ = self._moment(
                 identifier, identifier.dt, None, event.label)
             event.and_future = str(identifier.params.get("RANGE", "")).upper() == "THISANDFUTURE"
+
+    def _add_rule(self, rule, event):
+        fault = ics_rules.fault_of(rule)
+        if fault:
+            text = ";".join(f"{name}={','.join(map(str, values))}" for name, values in rule.items())
+            self.note(event.label, f"its rule {text!r} cannot be read and is left out ({fault})")
+        else:
+            event.rules.append(rule)
+
+    def _read_odd_rule(self, error, event):
+        """A rule that the parser refuses, such as BYDAY=20MO, may still have dates."""
+        text = error.rpartition(": ")[2]
+        try:
+            self._add_rule(OddRule(text), event)
+        except ValueError as problem:
+            self.note(event.label, f"its rule {text!r} cannot be read and is left out ({problem})")
 
     def _read_rdate(self, value, one, event):
         if isinstance(one, tuple):

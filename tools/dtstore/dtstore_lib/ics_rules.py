@@ -3,7 +3,7 @@
 Every pattern that is made here is held against the event's own dates before it is used.
 """
 
-from datetime import datetime, timedelta
+from datetime import date, datetime, timedelta
 
 from dateutil import rrule as dateutil_rrule
 
@@ -39,10 +39,43 @@ def until_of(rule, event):
     return until
 
 
+_RANGES = {"INTERVAL": (1, 10**6), "COUNT": (1, 10**6), "BYMONTH": (1, 12), "BYHOUR": (0, 23), "BYMINUTE": (0, 59),
+           "BYSECOND": (0, 60)}
+_SIGNED = {"BYMONTHDAY": 31, "BYSETPOS": 366, "BYYEARDAY": 366, "BYWEEKNO": 53}
+_PARTS = {"FREQ", "UNTIL", "WKST", "BYDAY", *_RANGES, *_SIGNED}
+_SLOW = ("SECONDLY", "MINUTELY")
+_FREQUENCIES = ("SECONDLY", "MINUTELY", "HOURLY", "DAILY", "WEEKLY", "MONTHLY", "YEARLY")
+
+
+def fault_of(rule):
+    """Why a rule is none, or None."""
+    unknown = [name for name in rule if name.upper() not in _PARTS]
+    if unknown:
+        return f"unknown part {unknown[0]}"
+    frequency = str((rule.get("FREQ") or [""])[0]).upper()
+    if frequency not in _FREQUENCIES:
+        return f"unknown frequency {frequency!r}"
+    for name, (low, high) in _RANGES.items():
+        for value in rule.get(name, []):
+            if not isinstance(value, int) or not low <= value <= high:
+                return f"{name} is outside {low} to {high}"
+    for name, most in _SIGNED.items():
+        for value in rule.get(name, []):
+            if not isinstance(value, int) or not 1 <= abs(value) <= most:
+                return f"{name} is outside 1 to {most}"
+    for value in rule.get("UNTIL", []):
+        if not isinstance(value, date):
+            return "UNTIL is no date"
+    return None
+
+
 def own_dates(event):
     """All starts that the event's rules, dates and exclusions give, as a dateutil set."""
     dates = dateutil_rrule.rruleset(cache=False)
     for rule in event.rules:
+        if rule["FREQ"][0].upper() in _SLOW and any(
+                name in rule for name in ("BYMONTH", "BYMONTHDAY", "BYYEARDAY", "BYWEEKNO", "BYDAY", "BYHOUR")):
+            raise Inexpressible("it repeats within the hour on certain days only, which takes too long to follow")
         try:
             dates.rrule(dateutil_rrule.rrulestr(rule_text(rule, event), dtstart=event.start))
         except (ValueError, TypeError) as error:
@@ -134,7 +167,7 @@ def _fields(rule, start):
     for name, own in (("BYHOUR", start.hour), ("BYMINUTE", start.minute), ("BYSECOND", start.second)):
         if name in rule and list(rule[name]) != [own]:
             raise Inexpressible(f"it has several times of day ({name})")
-    for name in ("BYYEARDAY", "BYWEEKNO", "BYEASTER"):
+    for name in ("BYYEARDAY", "BYWEEKNO"):
         if name in rule:
             raise Inexpressible(f"a stored pattern has no {name}")
     fields = {"DAILY": _daily, "WEEKLY": _weekly, "MONTHLY": _monthly, "YEARLY": _yearly}[frequency](

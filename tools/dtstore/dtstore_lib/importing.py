@@ -17,10 +17,10 @@ PROGRESS_SECONDS = 2.0
 class Report:
     """Collects what is to be said of an import and says it: notes at once, progress now and then, a summary last."""
 
-    def __init__(self, quiet=False, out=None, err=None):
-        self.quiet, self.out, self.err = quiet, out or sys.stdout, err or sys.stderr
+    def __init__(self, quiet=False, out=None, err=None, clock=time.monotonic):
+        self.quiet, self.out, self.err, self.clock = quiet, out or sys.stdout, err or sys.stderr, clock
         self.notes = 0
-        self._next = time.monotonic() + PROGRESS_SECONDS
+        self._next = clock() + PROGRESS_SECONDS
 
     def note_for(self, path):
         def note(label, text):
@@ -30,8 +30,8 @@ class Report:
 
     def step_for(self, path, what):
         def step(done, of):
-            if not self.quiet and time.monotonic() >= self._next:
-                self._next = time.monotonic() + PROGRESS_SECONDS
+            if not self.quiet and self.clock() >= self._next:
+                self._next = self.clock() + PROGRESS_SECONDS
                 print(f"{path}: {done} of {of} {what}", file=self.err, flush=True)
         return step
 
@@ -98,7 +98,7 @@ class Importer:
         zone = options.zone or ics_import.local_zone()
         work = ics_import.CalendarImport(
             path, self.owner, zone, options.horizon, self.folder.keep_file, self.report.note_for(path),
-            self.report.step_for(path, "events"), options.readable, zone_is_given=options.zone is not None)
+            self.report.step_for(path, "steps of reading and keeping events"), options.readable, zone_is_given=options.zone is not None)
         messages = work.run(data)
         target = self.target or model.folder_for_class(self.store, "IPM.Appointment")
         replaced = self._place_events(target, messages)

@@ -206,7 +206,8 @@ def sentence(pattern):
     elif pattern.frequency == "workdays":
         what = "every weekday"
     elif pattern.frequency == "weekly":
-        names = [_DAY_NAMES[day] for day in DAYS if day in pattern.days]
+        first = DAYS.index(pattern.first_day)
+        names = [_DAY_NAMES[day] for day in DAYS[first:] + DAYS[:first] if day in pattern.days]
         joined = names[0] if len(names) == 1 else ", ".join(names[:-1]) + " and " + names[-1]
         what = f"every {step} weeks on {joined}" if many else f"every {joined}"
     else:
