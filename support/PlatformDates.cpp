@@ -57,6 +57,11 @@ bool IsSwitchDate(const SYSTEMTIME& date) noexcept
     return date.wMonth <= 12 && date.wDay >= 1 && date.wDay <= 5 && date.wHour < 24;
 }
 
+bool HasSwitches(const TIME_ZONE_INFORMATION& zone) noexcept
+{
+    return zone.StandardDate.wMonth != 0 && zone.DaylightDate.wMonth != 0;
+}
+
 /// The moment of a switch in `year`, in ticks of the local time that it is told in.
 std::int64_t SwitchTicks(const SYSTEMTIME& date, std::int64_t year) noexcept
 {
@@ -215,6 +220,12 @@ bool VariantTimeToSystemTime(double variantTime, SYSTEMTIME& time) noexcept
     return true;
 }
 
+bool HasValidSwitches(const TIME_ZONE_INFORMATION& zone) noexcept
+{
+    return !HasSwitches(zone) ||
+           (IsSwitchDate(zone.StandardDate) && IsSwitchDate(zone.DaylightDate));
+}
+
 bool SystemTimeToTzSpecificLocalTime(const TIME_ZONE_INFORMATION& zone,
                                      const SYSTEMTIME& utc,
                                      SYSTEMTIME& local) noexcept
@@ -226,12 +237,12 @@ bool SystemTimeToTzSpecificLocalTime(const TIME_ZONE_INFORMATION& zone,
     }
     const auto utcTicks = static_cast<std::int64_t>(TicksOf(fileTime));
     std::int64_t bias = zone.Bias;
-    if (zone.StandardDate.wMonth != 0 && zone.DaylightDate.wMonth != 0)
+    if (!HasValidSwitches(zone))
     {
-        if (!IsSwitchDate(zone.StandardDate) || !IsSwitchDate(zone.DaylightDate))
-        {
-            return false;
-        }
+        return false;
+    }
+    if (HasSwitches(zone))
+    {
         bias = LocalBias(zone, utcTicks);
     }
     const auto localTicks = static_cast<std::uint64_t>(LessBias(utcTicks, bias));

@@ -37,6 +37,10 @@ namespace dates
 /// 100 to 9999.
 [[nodiscard]] bool VariantTimeToSystemTime(double variantTime, SYSTEMTIME& time) noexcept;
 
+/// Whether the switch dates of `zone` can be resolved: both exist, or one of the months is 0 and
+/// there are no switches.
+[[nodiscard]] bool HasValidSwitches(const TIME_ZONE_INFORMATION& zone) noexcept;
+
 /// UTC to the local time of `zone`.
 ///
 /// The switch to daylight time is judged at local standard time, the switch back at local daylight
