@@ -225,8 +225,14 @@ HANDLE CWorkThread::QueueRelease(bool hibernate)
         DuplicateHandle(
             GetCurrentProcess(), m_hThread, GetCurrentProcess(), &thread, SYNCHRONIZE, FALSE, 0);
     }
+    // Once the end was asked for it stays asked for: the hibernate that follows a failed bring-up has
+    // just dropped that task from the lists, and somebody may be waiting for the thread.
+    if (!hibernate)
+    {
+        m_isEndWanted = true;
+    }
     WorkTask task;
-    task.eTaskType = hibernate ? TaskType::Hibernate : TaskType::Release;
+    task.eTaskType = m_isEndWanted ? TaskType::Release : TaskType::Hibernate;
     AddWork(task);
     return thread;
 }

@@ -108,6 +108,7 @@ private:
     HANDLE m_hThread = nullptr;
     DWORD m_dwThreadId = 0;
     std::atomic<bool> m_bRunning{false};
+    std::atomic<bool> m_isEndWanted{false}; ///< a release without hibernate was asked for
     HANDLE m_hWorkPending = nullptr;
 };
 

@@ -201,6 +201,10 @@ DWORD CMailScript::ThreadOfCall(std::size_t index) const
 
 void CMailScript::Note(const std::string& call)
 {
+    if (!keepsNotes)
+    {
+        return;
+    }
     const std::scoped_lock hold(m_callsLock);
     m_calls.push_back({call, GetCurrentThreadId()});
 }

@@ -42,6 +42,7 @@ public:
     std::function<ULONG(std::vector<ContactRecord>& contacts)> searchContacts;
     std::function<ULONG(std::vector<ContactRecord>& contacts)> resolveContacts;
     ULONG mailType = MailTypeOutlook;
+    bool keepsNotes = true; ///< false for tests that count memory
 
     /// Each call as "Operation(argument, ...)", in order.
     std::vector<std::string> Calls() const;
