@@ -89,10 +89,8 @@ def main():
 def make_store(output, names):
     store = os.path.join(output, "store")
     subprocess.run([TOOL, "new", store], check=True)
-    for name in names:
-        subprocess.run([TOOL, "add", store, "folder", name, "IPF.Appointment"], check=True, stdout=subprocess.DEVNULL)
-        subprocess.run([TOOL, "import", store, os.path.join(output, name + ".ics"), "--folder", name, "--quiet",
-                        "--strict", "--zone", "Europe/Berlin"], check=True)
+    subprocess.run([TOOL, "import", store, *(os.path.join(output, name + ".ics") for name in names), "--own-folders",
+                    "--strict", "--zone", "Europe/Berlin"], check=True, stdout=subprocess.DEVNULL)
 
 
 if __name__ == "__main__":

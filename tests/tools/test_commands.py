@@ -100,6 +100,14 @@ class CommandTest(StoreCase):
         self.assertEqual(err.getvalue().splitlines()[:2], ["a.ics: 4 of 100 events", "a.ics: 8 of 100 events"])
         self.assertEqual(len(err.getvalue().splitlines()), 25)
 
+    def test_each_file_can_have_a_folder_of_its_own(self):
+        self.write("Team one.ics", calendar(WEEKLY))
+        self.write("two.vcf", "BEGIN:VCARD\nVERSION:3.0\nFN:Bo\nEND:VCARD\n")
+        self.done("import", "s", "Team one.ics", "two.vcf", "--own-folders")
+        shown = self.done("show", "s")
+        self.assertIn("'Team one' (IPF.Appointment): 1 messages", shown)
+        self.assertIn("'two' (IPF.Contact): 1 messages", shown)
+
     def test_every_step_of_an_import_is_told(self):
         steps = []
         work = ics_import.CalendarImport("a", ADA, zones.UTC, ics_import.default_horizon(TODAY), None, None,

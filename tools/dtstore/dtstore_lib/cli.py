@@ -55,6 +55,7 @@ def parser():
     imported.add_argument("store", metavar="STORE")
     imported.add_argument("files", metavar="FILE", nargs="+", help=".ics, .vcf, .eml, or a folder of them")
     imported.add_argument("--folder", help="id, role, name or path of the folder to fill")
+    imported.add_argument("--own-folders", action="store_true", help="a new folder for each file, called like it")
     imported.add_argument("--book", metavar="CONTAINER", help="read .vcf files into the address book; A/B is B inside A")
     _import_options(imported)
 
@@ -127,7 +128,7 @@ def _run_new(options):
     folder.create(model.new_document(options.name, options.email, options.profile, not options.not_personal))
     if not options.samples:
         return DONE
-    options.folder, options.book = None, None
+    options.folder, options.book, options.own_folders = None, None, False
     samples = os.path.normpath(SAMPLES)
     book = argparse.Namespace(**{**vars(options), "book": model.GLOBAL_LIST})
     report = Report(options.quiet)

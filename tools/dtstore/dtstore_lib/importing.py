@@ -11,6 +11,7 @@ from .problem import Problem
 from .vcf_import import ContactImport
 
 ENDINGS = {".ics": "calendar", ".ical": "calendar", ".vcf": "contacts", ".vcard": "contacts", ".eml": "mail"}
+FOLDER_CLASSES = {"calendar": "IPF.Appointment", "contacts": "IPF.Contact", "mail": "IPF.Note"}
 PROGRESS_SECONDS = 2.0
 
 
@@ -66,6 +67,8 @@ class Importer:
             kind = ENDINGS.get(os.path.splitext(path)[1].lower())
             if kind is None:
                 raise Problem(f"{path}: is none of the kinds that can be read ({', '.join(sorted(ENDINGS))})")
+            if self.options.own_folders:
+                self._own_folder(path, kind)
             if book is not None:
                 if kind != "contacts":
                     raise Problem(f"{path}: an address book is read from vCard files")
@@ -73,6 +76,10 @@ class Importer:
             else:
                 getattr(self, "_" + kind)(path, data)
         model.name_properties(self.document)
+
+    def _own_folder(self, path, kind):
+        name = os.path.splitext(os.path.basename(path))[0]
+        self.target = model.make_folder(self.document, self.store, name.replace("/", "-"), FOLDER_CLASSES[kind])
 
     def _files(self, paths):
         """(file, path of address book containers or None) of all files named, folders read through."""

@@ -146,6 +146,16 @@ class Pattern:
                     yield day
                 month += step
             return
+        if self.frequency == "weekly":
+            week = week_start(self.start, self.first_day)
+            first = DAYS.index(self.first_day)
+            offsets = sorted((DAYS.index(day) - first) % 7 for day in self.days)
+            while week <= end:
+                for offset in offsets:
+                    if self.start <= week + timedelta(days=offset) <= end:
+                        yield week + timedelta(days=offset)
+                week += timedelta(days=7 * self.interval)
+            return
         day = self.start
         step = timedelta(days=self.interval if self.frequency == "daily" else 1)
         while day <= end:

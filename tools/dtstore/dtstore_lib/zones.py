@@ -4,6 +4,7 @@ A rule is found from the zone's own switches in one year and says, like the stor
 weekday, which one in the month, and time of day.
 """
 
+import functools
 import struct
 from dataclasses import dataclass
 from datetime import date, datetime, timedelta, timezone
@@ -33,6 +34,7 @@ class Switch:
             day -= timedelta(days=7)
         return day
 
+    @functools.lru_cache(maxsize=None)
     def moment_in(self, year):
         day = self.date_in(year)
         return datetime(day.year, day.month, day.day) + timedelta(minutes=self.minute)
