@@ -44,9 +44,9 @@ public:
     void ClearDataStore() override { TheFakeMail().clearCalls++; }
     ULONG Init(ULONG mailType, ULONG initType) override
     {
-        TheFakeMail().lastMailType = mailType;
-        TheFakeMail().lastInitType = initType;
         TheFakeMail().initCalls++;
+        TheFakeMail().lastMailType = mailType;
+        TheFakeMail().lastInitType = initType; // last: what DrainWork waits for
         SetEvent(TheFakeMail().called.Get());
         return TheFakeMail().initAnswer;
     }

@@ -104,16 +104,19 @@ void ServerTest::PumpWaiting()
 
 void ServerTest::DrainWork()
 {
-    // One task at a time, in the order of the queue: behind a second Init all before it is done.
-    const int before = TheFakeMail().initCalls;
+    // One task runs at a time, in the order of the queue: an Init of our own comes behind all others.
+    static ULONG s_marker = 1000;
     WorkTask task;
     task.eTaskType = TaskType::InitMapi;
-    task.Param1 = TaskHalves(MailTypeOutlook, InitTypeNone);
+    task.Param1 = TaskHalves(MailTypeOutlook, ++s_marker);
     {
         const CWorkThreadUse work;
         work->AddWork(task);
     }
-    WaitForCall(TheFakeMail().initCalls, before);
+    while (TheFakeMail().lastInitType != s_marker)
+    {
+        WaitForSingleObject(TheFakeMail().called.Get(), INFINITE);
+    }
 }
 
 HRESULT
