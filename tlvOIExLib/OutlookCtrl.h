@@ -10,6 +10,7 @@
 #include "MAPIMessageBase.h"
 #include "MAPITblSinkInfo.h"
 #include "MessageStoreBase.h"
+#include "RecurInstance.h"
 
 /// The working mail system: brings up the mail client's MAPI library, logs on to the default
 /// profile, watches its calendar and contact folders and reads what is in them.
@@ -104,6 +105,43 @@ protected:
     ULONG m_bNoDefaultProfile = 0; ///< the last logon found no profile to use
 
 private:
+    /// Lists the appointments of one folder that touch the window. Units: UTC.
+    /// Errors: a folder that cannot be rewound empties `list` and leaves the error marker in it.
+    ULONG ListAppointmentFromFolder(IMAPIFolder* folder,
+                                    IMAPITable* table,
+                                    std::vector<MeetingInfo>& list,
+                                    const FILETIME& start,
+                                    const FILETIME& end);
+    /// Appends what one row of a listing gives; how many records that were.
+    ULONG ListReference(IMAPIFolder* folder,
+                        MapiItemRef reference,
+                        std::vector<MeetingInfo>& list,
+                        const FILETIME& start,
+                        const FILETIME& end);
+    /// Fills `meeting` by the reference in it: from the data store, else from its message, which
+    /// then goes into the data store.
+    ULONG GetAppointmentInfo(IMAPIFolder* folder, MeetingInfo& meeting);
+    /// The same by key, through the default store. Answers 0 for a key that the data store holds.
+    ULONG GetAppointmentInfoByKey(const WString& key, MeetingInfo& meeting);
+    ULONG ReadAppointmentFromMessage(IMessage* message, MeetingInfo& meeting);
+    /// Gives the meeting a host and its attendees usable addresses.
+    void CheckAppointmentAttendees(MeetingInfo& meeting) const;
+
+    /// Appends the instances of a series that start in the window, both ends included; false when
+    /// there are none. Units: UTC.
+    bool GetRecItem(const MeetingInfo& master,
+                    const FILETIME& start,
+                    const FILETIME& end,
+                    std::vector<MeetingInfo>& list);
+    MeetingInfo MakeInstance(const MeetingInfo& master,
+                             const WString& key,
+                             const RecurInstance& found);
+    /// Reads the changed instance that lies where `found` does, and once the recipients of all.
+    bool ReadException(const MeetingInfo& master,
+                       const WString& key,
+                       const RecurInstance& found,
+                       MeetingInfo& current);
+
     ULONG BringUp();
     ULONG FailBringUp(const char* message, ULONG result);
     bool LoadCandidate(const WString& path);
