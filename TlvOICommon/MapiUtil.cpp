@@ -4,6 +4,7 @@
 #include <string>
 #include <string_view>
 
+#include "MapiDataStore.h"
 #include "Trace.h"
 
 namespace
@@ -68,6 +69,12 @@ HRESULT CUtil::QueryAllRows(IMAPITable* table,
         if (waited == MAPI_E_NO_SUPPORT)
         {
             return waited;
+        }
+        if (MapiDataStore().IsReleasing())
+        {
+            // Nobody waits for the rows any more, and a table that stays busy must not hold up the
+            // release.
+            return status;
         }
     }
 }

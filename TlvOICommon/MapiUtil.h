@@ -14,8 +14,8 @@ class CUtil final
 {
 public:
     /// Sets columns, restriction and sort order where given, their answers ignored, and reads up to
-    /// `rowLimit` rows, 0 meaning all. While the table is busy the call waits and asks again.
-    /// Returns the last status.
+    /// `rowLimit` rows, 0 meaning all. While the table is busy the call waits and asks again, without
+    /// a limit but the release of the mail system. Returns the last status.
     static HRESULT QueryAllRows(IMAPITable* table,
                                 SPropTagArray* columns,
                                 SRestriction* restriction,
@@ -43,8 +43,7 @@ public:
 };
 
 /// Reads one property. S_OK alone means that `value` holds it, whatever its type.
-/// Errors: E_POINTER without an object's place for the value, 1 for a null object, and
-///         MAPI_E_NOT_FOUND for every refusal, whatever the object said.
+/// Errors: 1 for a null object, and MAPI_E_NOT_FOUND for every refusal, whatever the object said.
 HRESULT GetOneProp(IMAPIProp* object, ULONG tag, CMapiBuffer<SPropValue>& value);
 
 /// Reads one named property, named by its number when `isById` is set and by its text otherwise.

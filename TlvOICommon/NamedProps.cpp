@@ -47,36 +47,42 @@ ULONG WithType(ULONG tag, ULONG type) noexcept
     return type != PT_UNSPECIFIED ? PROP_TAG(type, PROP_ID(tag)) : tag;
 }
 
-/// Asks the message of one row; false when it is none or does not know the name.
-bool TagOfRow(IMAPIContainer* container, const SRow& row, MAPINAMEID& name, ULONG type, ULONG& tag)
+/// Asks the message of one row. `status` becomes that of the last call made: a row that is no message
+/// fails nothing, one that cannot be opened or does not know the name does.
+void AskRow(IMAPIContainer* container,
+            const SRow& row,
+            MAPINAMEID& name,
+            ULONG type,
+            ULONG& tag,
+            HRESULT& status)
 {
     if (row.cValues == 0 || row.lpProps[0].ulPropTag != PR_ENTRYID)
     {
-        return false;
+        return;
     }
     const SBinary& entryId = row.lpProps[0].Value.bin;
     ULONG objectType = 0;
     CComRef<IUnknown> object;
-    if (FAILED(container->OpenEntry(entryId.cb,
-                                    reinterpret_cast<ENTRYID*>(entryId.lpb),
-                                    nullptr,
-                                    MAPI_BEST_ACCESS,
-                                    &objectType,
-                                    object.Put())) ||
-        objectType != MAPI_MESSAGE || !object)
+    status = container->OpenEntry(entryId.cb,
+                                  reinterpret_cast<ENTRYID*>(entryId.lpb),
+                                  nullptr,
+                                  MAPI_BEST_ACCESS,
+                                  &objectType,
+                                  object.Put());
+    if (FAILED(status) || objectType != MAPI_MESSAGE || !object)
     {
-        return false;
+        return;
     }
     ULONG found = 0;
-    if (TagOfName(static_cast<IMAPIProp*>(object.Get()), name, found) != S_OK)
+    status = TagOfName(static_cast<IMAPIProp*>(object.Get()), name, found);
+    if (status == S_OK)
     {
-        return false;
+        tag = WithType(found, type);
     }
-    tag = WithType(found, type);
-    return true;
 }
 
-/// Searches row by row. `elapsedMs` is the time of the last row.
+/// Searches row by row, and goes on to the next batch unless the last call of the batch failed.
+/// `elapsedMs` is the time of the last row.
 bool SearchRows(IMAPIContainer* container,
                 IMAPITable* table,
                 MAPINAMEID& name,
@@ -99,14 +105,10 @@ bool SearchRows(IMAPIContainer* container,
         {
             SEND_TRACE(3, kFunction, "table QueryRows failed");
         }
-        for (const SRow& row : rows)
+        for (std::size_t row = 0; row < rows.Count() && tag == 0; row++)
         {
-            const bool isFound = TagOfRow(container, row, name, type, tag);
+            AskRow(container, rows[row], name, type, tag, status);
             elapsedMs = GetTickCount() - start;
-            if (isFound)
-            {
-                break;
-            }
         }
     }
     return tag != 0;

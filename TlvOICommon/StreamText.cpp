@@ -22,7 +22,8 @@ CComRef<IStream> OpenTextStream(IMAPIProp* object, const WCHAR* name)
     MAPINAMEID* names = &wanted;
     CMapiBuffer<SPropTagArray> tags;
     const HRESULT status = object->GetIDsFromNames(1, &names, 0, tags.Put());
-    if (status != S_OK || !tags || tags->cValues != 1)
+    // An unknown name comes back as a tag of type PT_ERROR.
+    if (status != S_OK || !tags || tags->cValues != 1 || PROP_TYPE(tags->aulPropTag[0]) == PT_ERROR)
     {
         SEND_TRACE(3, kFunction, "CUtil::GetPropFromStream, GetIDsFromNames failed");
         return nullptr;
