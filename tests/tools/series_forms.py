@@ -26,12 +26,13 @@ def _days(rng):
     return ",".join(day for day in DAYS if day in chosen)
 
 
-# name: (rule of a date, whether the server's own reading of the form differs from the calendar's)
+# name: the rule's text for a day on which a series may begin
 FORMS = {
     "daily": lambda rng, day: f"FREQ=DAILY;INTERVAL={rng.randint(1, 6)}",
     "workdays": lambda rng, day: f"FREQ=DAILY;BYDAY={WORK}",
     "daily on some days": lambda rng, day: f"FREQ=DAILY;BYDAY={_days(rng)}",
-    "weekly": lambda rng, day: f"FREQ=WEEKLY;INTERVAL={rng.randint(1, 4)};BYDAY={_days(rng)};WKST={rng.choice(DAYS)}",
+    "weekly": lambda rng, day: f"FREQ=WEEKLY;BYDAY={_days(rng)};WKST={rng.choice(DAYS)}",
+    "every few weeks": lambda rng, day: f"FREQ=WEEKLY;INTERVAL={rng.randint(2, 4)};BYDAY={_days(rng)};WKST=SU",
     "weekly without days": lambda rng, day: f"FREQ=WEEKLY;INTERVAL={rng.randint(1, 3)}",
     "monthly by day": lambda rng, day: f"FREQ=MONTHLY;INTERVAL={rng.randint(1, 4)};BYMONTHDAY={rng.randint(1, 28)}",
     "monthly on the last day": lambda rng, day: f"FREQ=MONTHLY;INTERVAL={rng.randint(1, 3)};BYMONTHDAY=-1",
@@ -64,8 +65,11 @@ FORMS = {
     # The server counts calendar days from the first working day here, so it is left out of comparisons with it.
     "yearly by working day":
         lambda rng, day: f"FREQ=YEARLY;BYMONTH={day.month};BYDAY={WORK};BYSETPOS={rng.randint(1, 4)}",
+    # The server's weeks begin on Sunday, whatever the pattern says.
+    "every few weeks that begin on another day": lambda rng, day: (
+        f"FREQ=WEEKLY;INTERVAL={rng.randint(2, 4)};BYDAY={_days(rng)};WKST={rng.choice(DAYS[:-1])}"),
 }
-SERVER_DIFFERS = ("yearly by working day",)
+SERVER_DIFFERS = ("yearly by working day", "every few weeks that begin on another day")
 
 
 @dataclass

@@ -3,7 +3,7 @@
 import html
 from datetime import timedelta
 
-from . import blobs, describe, zones
+from . import blobs, describe, values, zones
 from .pattern import Changed, sentence
 
 CLASS = "IPM.Appointment"
@@ -166,7 +166,7 @@ class Appointments:
             "PR_SENT_REPRESENTING_EMAIL_ADDRESS_W": host_email,
             "PR_SENT_REPRESENTING_ENTRYID": {"oneOff": {"name": host_name, "type": "SMTP", "address": host_email}},
         })
-        properties.update(event.named)
+        _add_named(properties, event.named)
         return properties
 
     def _response(self, event, state):
@@ -240,7 +240,7 @@ class Appointments:
             "PidLidIsException": True,
             "PidLidRecurring": False,
         })
-        properties.update(other.named)
+        _add_named(properties, other.named)
         message = {"class": EXCEPTION_CLASS, "properties": properties}
         recipients = self.recipients(other)
         if recipients:
@@ -258,6 +258,15 @@ class Appointments:
             },
             "message": message,
         }
+
+
+def _add_named(properties, named):
+    """Properties that a file names itself; they go before what stands under another name of theirs."""
+    for key, value in named:
+        identity = values.identity_of(key)[0]
+        for other in [other for other in properties if values.identity_of(other)[0] == identity]:
+            del properties[other]
+        properties[key] = value
 
 
 def _row(name, email, kind, flags, track):

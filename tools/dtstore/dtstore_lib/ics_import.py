@@ -66,7 +66,10 @@ class CalendarImport:
             groups.setdefault(event.uid, []).append(event)
         done = 0
         for group in groups.values():
-            self._group(group)
+            try:
+                self._group(group)
+            except OverflowError:
+                self.note(group[0].label, "reaches beyond the years that a calendar has, and is left out")
             done += len(group)
             self.step(len(events) + done, 2 * len(events))
         return self.messages

@@ -4,6 +4,7 @@ Times are naive and local to the event's zone. What cannot be read is noted by e
 """
 
 import io
+import json
 import re
 from dataclasses import dataclass, field
 from datetime import date, datetime, timedelta, timezone
@@ -12,8 +13,13 @@ from typing import Any, List, Optional, Tuple
 import icalendar
 from dateutil import tz as dateutil_tz
 
-from . import ics_rules, zones
+from . import ics_rules, names, values, zones
 from .problem import Problem
+
+# What the parsers of other people raise over files that are not what they expect.
+PARSER_FAULTS = (ValueError, KeyError, IndexError, TypeError, AttributeError, OverflowError)
+FIRST_YEAR, LAST_YEAR = 1602, 4499
+TEXT_TYPES = (names.TYPES["PT_UNICODE"], names.TYPES["PT_STRING8"])
 
 
 @dataclass
@@ -55,7 +61,7 @@ class Event:
     reminder: Optional[int] = None
     created: Optional[datetime] = None
     modified: Optional[datetime] = None
-    named: List[Tuple[str, str]] = field(default_factory=list)
+    named: List[Tuple[str, Any]] = field(default_factory=list)
 
     @property
     def duration(self):
@@ -97,10 +103,10 @@ class Calendar:
             raise Problem(f"{self.path}: is no iCalendar file (no BEGIN:VCALENDAR)")
         try:
             calendars = icalendar.Calendar.from_ical(text, multiple=True)
-        except (ValueError, KeyError, IndexError) as error:
+        except PARSER_FAULTS as error:
             raise Problem(f"{self.path}: cannot be read as iCalendar: {error}") from None
         for calendar in calendars:
-            name = str(calendar.get("X-WR-TIMEZONE", ""))
+            name = _text(calendar, "X-WR-TIMEZONE")
             if name and not zone_is_given and zones.find(name):
                 self.zone = zones.find(name)
             for component in calendar.walk("VTIMEZONE"):
@@ -108,7 +114,12 @@ class Calendar:
             components = calendar.walk("VEVENT")
             for number, component in enumerate(components, 1):
                 step(number, len(components))
-                event = self._event(component, number)
+                try:
+                    event = self._event(component, number)
+                except PARSER_FAULTS as error:
+                    self.note(f"event {number} {_text(component, 'SUMMARY')[:40]!r}",
+                              f"cannot be read and is left out ({error})")
+                    continue
                 if event:
                     self.events.append(event)
             for kind in ("VTODO", "VJOURNAL"):
@@ -118,13 +129,13 @@ class Calendar:
         return self.events
 
     def _own_zone(self, component):
-        name = str(component.get("TZID", ""))
+        name = _text(component, "TZID")
         if not name or zones.find(name):
             return
         try:
             text = component.to_ical().decode("utf-8").replace("\r\n", "\n")
             self.own_zones[name] = dateutil_tz.tzical(io.StringIO(text)).get(name)
-        except (ValueError, KeyError, TypeError) as error:
+        except PARSER_FAULTS as error:
             self.note("file", f"the zone {name!r} cannot be read ({error})")
 
     def _zone(self, name, label):
@@ -140,11 +151,14 @@ class Calendar:
         for name, error in component.errors:
             if name != "RRULE":
                 self.note(label, f"{name} cannot be read and is left out ({error})")
-        start = component.get("DTSTART")
+        start = _first(component, "DTSTART")
         if start is None:
             self.note(label, "has no start and is left out")
             return None
         begin, zone, all_day = self._moment(start, start.dt, None, label)
+        if not FIRST_YEAR <= begin.year <= LAST_YEAR:
+            self.note(label, f"begins in the year {begin.year}, which no store can keep, and is left out")
+            return None
         event = Event(uid=_text(component, "UID") or f"no-uid-{number}-{begin:%Y%m%dT%H%M%S}", label=label,
                       start=begin, end=begin, zone=zone, all_day=all_day, summary=summary)
         self._read_end(component, event)
@@ -154,17 +168,31 @@ class Calendar:
         self._read_people(component, event)
         self._read_recurrence(component, event)
         for name in ("CREATED", "LAST-MODIFIED"):
-            value = component.get(name)
+            value = _first(component, name)
             if value is not None and isinstance(getattr(value, "dt", None), datetime):
                 moment = value.dt if value.dt.tzinfo else value.dt.replace(tzinfo=timezone.utc)
                 setattr(event, "created" if name == "CREATED" else "modified",
                         moment.astimezone(timezone.utc).replace(tzinfo=None))
         for value in _all(component, "X-DT-PROPERTY"):
-            event.named.append((str(value.params.get("NAME", "")), str(value)))
+            self._read_named(str(value.params.get("NAME", "")), _clean(str(value)), event)
         return event
+
+    def _read_named(self, key, text, event):
+        try:
+            _, type_number = values.identity_of(key)
+            value = json.loads(text) if type_number not in TEXT_TYPES else text
+            fault = values.problem_of(type_number, value, [])
+        except (names.NameProblem, ValueError) as problem:
+            fault = problem
+        if fault:
+            self.note(event.label, f"the property {key!r} is left out ({fault})")
+        else:
+            event.named.append((key, value))
 
     def _moment(self, prop, value, zone, label):
         """(naive local time, its zone, whether it is a date). With `zone` the time is given in that zone."""
+        if not isinstance(value, date):
+            raise ValueError(f"{value} is no date")
         if not isinstance(value, datetime):
             return datetime(value.year, value.month, value.day), zone or self.zone, True
         name = str(prop.params.get("TZID", "")) if hasattr(prop, "params") else ""
@@ -180,7 +208,7 @@ class Calendar:
         return naive.replace(tzinfo=own).astimezone(zone).replace(tzinfo=None), zone, False
 
     def _read_end(self, component, event):
-        end, duration = component.get("DTEND"), component.get("DURATION")
+        end, duration = _first(component, "DTEND"), _first(component, "DURATION")
         if end is not None:
             event.end, _, _ = self._moment(end, end.dt, event.zone, event.label)
         elif duration is not None and isinstance(duration.dt, timedelta):
@@ -217,13 +245,13 @@ class Calendar:
             busy = 0 if free else 1 if event.status == "TENTATIVE" else 2
         event.busy = busy
         for alarm in component.walk("VALARM"):
-            trigger = alarm.get("TRIGGER")
+            trigger = _first(alarm, "TRIGGER")
             if trigger is not None and isinstance(trigger.dt, timedelta) and trigger.dt <= timedelta(0):
                 event.reminder = int(-trigger.dt.total_seconds() // 60)
                 break
 
     def _read_people(self, component, event):
-        organizer = component.get("ORGANIZER")
+        organizer = _first(component, "ORGANIZER")
         if organizer is not None:
             event.organizer = _person(organizer)
         for value in _all(component, "ATTENDEE"):
@@ -251,7 +279,7 @@ class Calendar:
         for value in _all(component, "RDATE"):
             for one in value.dts:
                 self._read_rdate(value, one.dt, event)
-        identifier = component.get("RECURRENCE-ID")
+        identifier = _first(component, "RECURRENCE-ID")
         if identifier is not None:
             event.recurrence_id, event.recurrence_id_zone, _ = self._moment(
                 identifier, identifier.dt, None, event.label)
@@ -286,6 +314,7 @@ class Calendar:
 
 def decode_text(data, path, note):
     """Text of a file: UTF-8 with or without a mark, else Windows-1252 with a note."""
+    data = data.replace(b"\0", b"")  # no text of a store holds one
     try:
         return data.decode("utf-8-sig")
     except UnicodeDecodeError:
@@ -295,12 +324,20 @@ def decode_text(data, path, note):
 
 def _all(component, name):
     value = component.get(name)
-    return [] if value is None else value if isinstance(value, list) else [value]
+    return [] if value is None else [one for one in value if one is not None] if isinstance(value, list) else [value]
+
+
+def _first(component, name):
+    """The property, or the first of several; a file may have only one of some, and has two all the same."""
+    return next(iter(_all(component, name)), None)
+
+
+def _clean(text):
+    return text.replace("\0", "")
 
 
 def _text(component, name):
-    found = _all(component, name)
-    return str(found[0]).replace("\0", "") if found else ""
+    return _clean(str(_first(component, name) or ""))
 
 
 def _number(component, name, default):
@@ -312,9 +349,9 @@ def _number(component, name, default):
 
 def _person(value):
     params = value.params
-    email = re.sub(r"^mailto:", "", str(value).strip(), flags=re.I)
+    email = _clean(re.sub(r"^mailto:", "", str(value).strip(), flags=re.I))
     if "@" not in email and params.get("EMAIL"):
         email = str(params["EMAIL"])
-    name = str(params.get("CN", "")).strip().strip('"') or email
+    name = _clean(str(params.get("CN", ""))).strip().strip('"') or email
     return Person(name, email, str(params.get("PARTSTAT", "NEEDS-ACTION")).upper(),
                   str(params.get("ROLE", "REQ-PARTICIPANT")).upper(), str(params.get("CUTYPE", "INDIVIDUAL")).upper())

@@ -3,6 +3,7 @@
 Every pattern that is made here is held against the event's own dates before it is used.
 """
 
+import re
 from datetime import date, datetime, timedelta
 
 from dateutil import rrule as dateutil_rrule
@@ -49,6 +50,8 @@ _FREQUENCIES = ("SECONDLY", "MINUTELY", "HOURLY", "DAILY", "WEEKLY", "MONTHLY", 
 
 def fault_of(rule):
     """Why a rule is none, or None."""
+    if any(not values for values in rule.values()):
+        return "a part is empty"
     unknown = [name for name in rule if name.upper() not in _PARTS]
     if unknown:
         return f"unknown part {unknown[0]}"
@@ -56,13 +59,18 @@ def fault_of(rule):
     if frequency not in _FREQUENCIES:
         return f"unknown frequency {frequency!r}"
     for name, (low, high) in _RANGES.items():
-        for value in rule.get(name, []):
+        for value in rule.get(name) or []:
             if not isinstance(value, int) or not low <= value <= high:
                 return f"{name} is outside {low} to {high}"
     for name, most in _SIGNED.items():
-        for value in rule.get(name, []):
+        for value in rule.get(name) or []:
             if not isinstance(value, int) or not 1 <= abs(value) <= most:
                 return f"{name} is outside 1 to {most}"
+    for value in rule.get("BYDAY", []):
+        if not re.fullmatch(r"[+-]?\d{0,2}(SU|MO|TU|WE|TH|FR|SA)", str(value).upper()):
+            return f"BYDAY has no day {str(value)!r}"
+    if str((rule.get("WKST") or ["MO"])[0]).upper() not in DAYS:
+        return "WKST is no day"
     for value in rule.get("UNTIL", []):
         if not isinstance(value, date):
             return "UNTIL is no date"

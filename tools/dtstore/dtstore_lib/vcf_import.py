@@ -98,7 +98,7 @@ class ContactImport:
                       ("PR_GENERATION_W", _join(name.suffix))]
         if "org" in card.contents:
             units = card.contents["org"][0].value
-            units = units if isinstance(units, list) else [units]
+            units = [_join(unit) for unit in units] if isinstance(units, list) else [_join(units)]
             pairs += [("PR_COMPANY_NAME_W", units[0]), ("PR_DEPARTMENT_NAME_W", ", ".join(units[1:]))]
         properties.update({key: value for key, value in pairs if value})
         self._phones(card, properties, self.label(card, number))
@@ -211,4 +211,6 @@ def _text(card, name):
 
 
 def _join(value):
-    return " ".join(part for part in value if part) if isinstance(value, (list, tuple)) else str(value or "").strip()
+    if isinstance(value, (list, tuple)):
+        return " ".join(part for part in map(_join, value) if part)
+    return str(value or "").strip()
