@@ -52,7 +52,7 @@ class SingleTest(unittest.TestCase):
         text = "Ünïcode, Ελληνικά; кириллица 漢字 العربية עברית हिन्दी 𝒳🎯"
         escaped = text.replace(",", "\\,").replace(";", "\\;")
         held = properties(f"UID:1\nSUMMARY:{escaped}\nLOCATION:{escaped}\nDESCRIPTION:{escaped}\\nsecond\nDTSTART:20261102T090000Z")
-        self.assertEqual((held["PR_SUBJECT_W"], held["PidLidLocation"], held["PR_BODY_W"]), (text, text, text + "\nsecond"))
+        self.assertEqual((held["PR_SUBJECT_W"], held["PidLidLocation"], held["PR_BODY_W"]), (text, text, text + "\r\nsecond"))
 
     def test_a_long_body_goes_into_a_file(self):
         done = Imported(calendar("UID:1\nDTSTART:20261102T090000Z\nDESCRIPTION:" + "ü" * 9000))
@@ -64,6 +64,10 @@ class SingleTest(unittest.TestCase):
         self.assertEqual(held["PR_BODY_HTML_W"], "<html><b>a</b></html>")
         held = properties("UID:1\nDTSTART:20261102T090000Z\nDESCRIPTION:a < b\\nc")
         self.assertEqual(held["PR_BODY_HTML_W"], "<html><body><p>a &lt; b<br>\r\nc</p></body></html>")
+
+    def test_markup_is_ascii_whatever_it_says(self):
+        held = properties("UID:1\nDTSTART:20261102T090000Z\nDESCRIPTION:漢字 🎯")
+        self.assertEqual(held["PR_BODY_HTML_W"], "<html><body><p>&#28450;&#23383; &#127919;</p></body></html>")
 
     def test_busy_states_follow_the_words_of_the_file(self):
         for lines, busy in (("", 2), ("TRANSP:TRANSPARENT", 0), ("STATUS:TENTATIVE", 1), ("X-MICROSOFT-CDO-BUSYSTATUS:OOF", 3),

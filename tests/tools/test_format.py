@@ -117,6 +117,15 @@ class BytesTest(unittest.TestCase):
             with self.assertRaisesRegex(blobs.BlobProblem, "1 bytes follow"):
                 blobs.decode(data + b"\0")
 
+    def test_a_calendar_other_than_the_gregorian_is_refused(self):
+        # [MS-OXOCAL] 4.1.1.6, a Hebrew year
+        data = bytes.fromhex(
+            "043004300D200200080080750A000C0000000000000003000000232000000A0000000000000001000000207EDC0C01000000207EDC0C"
+            "6074C40CDF80E95A0630000009300000E0010000FE01000001000080DC0C1E80DC0C0080DC0C24023C00000001000000000000000400"
+            "0000000000000000000000000000")
+        with self.assertRaisesRegex(blobs.BlobProblem, "calendar type 8"):
+            blobs.decode(data)
+
     def test_the_first_date_time_of_each_kind_follows_the_published_rule(self):
         def pattern(**more):
             return Pattern(start=date(2026, 11, 4), start_minute=0, end_minute=1, **more)

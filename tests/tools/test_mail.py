@@ -61,7 +61,7 @@ class MailTest(unittest.TestCase):
         held = Read(HEAD + 'Content-Type: multipart/alternative; boundary=b\n\n--b\nContent-Type: text/plain; charset=utf-8\n'
                     '\nplain ü\n--b\nContent-Type: text/html; charset=utf-8\n\n<p>marked ü</p>\n--b--\n').properties
         self.assertEqual((held["PR_BODY_W"].strip(), held["PR_BODY_HTML_W"].strip(), held["PR_MSG_EDITOR_FORMAT"]),
-                         ("plain ü", "<p>marked ü</p>", 2))
+                         ("plain ü", "<p>marked &#252;</p>", 2))
 
     def test_a_plain_body_is_made_of_the_other_and_told(self):
         read = Read(HEAD + "Content-Type: text/html\n\n<style>x{}</style><p>Hello <b>you</b></p><p>two</p>")

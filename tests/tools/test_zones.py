@@ -48,6 +48,21 @@ class RuleTest(unittest.TestCase):
         self.assertEqual(struct.unpack_from("<H8H", data, 30), (0, 0, 3, 0, 2, 2, 0, 0, 0))
         self.assertEqual(len(data), 48)
 
+    def test_the_published_example_of_the_structure_is_made_of_its_zone(self):
+        # [MS-OXOCAL] 4.1.5
+        rule = zones.rules_of(ZoneInfo("America/Los_Angeles"), 2026)[0]
+        self.assertEqual(rule.to_bytes().hex().upper(), "E001000000000000C4FFFFFF000000000B00000001000200"
+                         "000000000000000000000300000002000200000000000000")
+
+    def test_the_published_example_of_the_definition_is_made_of_its_zone(self):
+        # [MS-OXOCAL] 4.1.4: its second rule stands here as the only one.
+        rule = zones.rules_of(ZoneInfo("America/Los_Angeles"), 2026)[0]
+        self.assertEqual(
+            zones.definition_bytes(rule, "Pacific Standard Time", 2007).hex().upper(),
+            "0201300002001500500061006300690066006900630020005300740061006E0064006100720064002000540069006D0065000100"
+            "02013E000300D7070000000000000000000000000000E001000000000000C4FFFFFF00000B00000001000200000000000000"
+            "00000300000002000200000000000000")
+
     def test_a_zone_without_daylight_time_has_two_empty_dates(self):
         data = zones.rules_of(ZoneInfo("Asia/Kolkata"), 2026)[0].to_bytes()
         self.assertEqual(data, struct.pack("<i", -330) + bytes(44))
@@ -71,7 +86,7 @@ class RuleTest(unittest.TestCase):
         data = zones.definition_bytes(rule, "W. Europe Standard Time", 2026)
         self.assertEqual(data[:4], bytes((2, 1, 52, 0)))
         self.assertEqual(data[8:54].decode("utf-16-le"), "W. Europe Standard Time")
-        self.assertEqual(struct.unpack_from("<HBBHHH", data, 54), (1, 2, 1, 0x3E, 2, 2026))
+        self.assertEqual(struct.unpack_from("<HBBHHH", data, 54), (1, 2, 1, 0x3E, 3, 2026))
         self.assertEqual(struct.unpack_from("<iii", data, 78), (-60, 0, -60))
         self.assertEqual(len(data), 4 + 52 + 66)
 

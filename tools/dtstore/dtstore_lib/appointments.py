@@ -129,11 +129,17 @@ class Appointments:
         return text
 
     def bodies(self, description, markup):
-        """Both forms of a body; markup is made of the text when there is none."""
+        """Both forms of a body; markup is made of the text when there is none.
+
+        Lines end as mail clients end them. Markup holds nothing but ASCII, the rest as references, so that
+        it stays whole when it is read as 8-bit text of whatever code page.
+        """
+        text = description.replace("\r\n", "\n").replace("\n", "\r\n")
         if not markup:
-            lines = html.escape(description, quote=False).replace("\r\n", "\n").replace("\n", "<br>\r\n")
-            markup = f"<html><body><p>{lines}</p></body></html>" if description else "<html><body></body></html>"
-        return {"PR_BODY_W": self._text(description, ".txt"), "PR_BODY_HTML_W": self._text(markup, ".html"),
+            lines = html.escape(text, quote=False).replace("\r\n", "<br>\r\n")
+            markup = f"<html><body><p>{lines}</p></body></html>" if text else "<html><body></body></html>"
+        markup = markup.encode("ascii", "xmlcharrefreplace").decode("ascii")
+        return {"PR_BODY_W": self._text(text, ".txt"), "PR_BODY_HTML_W": self._text(markup, ".html"),
                 "PR_INTERNET_CPID": 65001}
 
     def _common(self, event):

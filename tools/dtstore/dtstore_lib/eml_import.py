@@ -77,7 +77,7 @@ class MailImport:
         if text is None and markup:
             self.note(label, "has no plain body; it is made of the other one")
             text = _plain(markup)
-        return {**self.make.bodies((text or "").replace("\r\n", "\n").replace("\n", "\r\n"), markup or ""),
+        return {**self.make.bodies(text or "", markup or ""),
                 "PR_MSG_EDITOR_FORMAT": 2 if markup else 1}
 
     def _content(self, part, label):

@@ -80,7 +80,7 @@ def definition_bytes(rule, name, first_year):
     """The zone as PidLidAppointmentTimeZoneDefinitionRecur keeps it ([MS-OXOCAL] 2.2.1.41)."""
     text = name.encode("utf-16-le")
     header = struct.pack("<HH", 2, len(text) // 2) + text + struct.pack("<H", 1)
-    flags = 0x0002  # the rule that recurrences of the series use
+    flags = 0x0003  # the rule in effect, and the one that the series uses
     blob = rule.to_bytes()
     one = struct.pack("<BBHHH", 2, 1, 0x3E, flags, first_year) + bytes(14) + blob[:12] + blob[14:30] + blob[32:48]
     return struct.pack("<BBH", 2, 1, len(header)) + header + one
