@@ -87,6 +87,17 @@ class SingleTest(unittest.TestCase):
         held = properties(NINE + '\nX-DT-PROPERTY;NAME="PS_PUBLIC_STRINGS:TalvoKey:PT_UNICODE":k-1')
         self.assertEqual(held["PS_PUBLIC_STRINGS:TalvoKey:PT_UNICODE"], "k-1")
 
+    def test_a_named_property_goes_before_what_stands_under_another_name_of_it(self):
+        held = properties(NINE + '\nLOCATION:a\nX-DT-PROPERTY;NAME="PSETID_Appointment:0x8208:PT_UNICODE":b'
+                          '\nX-DT-PROPERTY;NAME="PSETID_Appointment:0x8214:PT_LONG":3')
+        self.assertNotIn("PidLidLocation", held)
+        self.assertEqual((held["PSETID_Appointment:0x8208:PT_UNICODE"], held["PSETID_Appointment:0x8214:PT_LONG"]), ("b", 3))
+
+    def test_a_named_property_that_cannot_be_is_told(self):
+        done = Imported(calendar(NINE + '\nX-DT-PROPERTY;NAME="PR_NOTHING":x\nX-DT-PROPERTY;NAME="PR_IMPORTANCE":high'))
+        self.assertEqual(done.texts[0], "the property 'PR_NOTHING' is left out (unknown property)")
+        self.assertTrue(done.texts[1].startswith("the property 'PR_IMPORTANCE' is left out ("))
+
     def test_what_is_left_out_is_told(self):
         done = Imported(calendar(NINE + "\nCATEGORIES:a,b\nATTACH:http://x.example/a"))
         self.assertEqual(done.texts, ["categories are left out", "attachments are left out"])

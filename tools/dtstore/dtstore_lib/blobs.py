@@ -163,7 +163,8 @@ def decode(data):
     if calendar_type not in (0, 1):
         raise BlobProblem(f"calendar type {calendar_type} is not the Gregorian one")
     read.long("first date-time")
-    period, _sliding = read.long("period"), read.long("sliding flag")
+    period = read.long("period")
+    read.long("sliding flag")
     fields = _pattern_fields(read, number, kind, period)
     end_type, count, first = (read.long(what) for what in ("end type", "occurrence count", "first day of week"))
     deleted = [from_minutes(m).date() for m in read.longs(read.long("deleted count"), "deleted dates")]

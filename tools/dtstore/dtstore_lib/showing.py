@@ -2,9 +2,8 @@
 
 import json
 
-from . import blobs, describe, model, names, values
+from . import blobs, describe, model
 from .editing import find
-from .problem import Problem
 
 
 def overview(document):
@@ -100,13 +99,3 @@ def show(document, what):
     store, folder = model.find_folder(document, what)
     return "\n".join(folder_lines(store, folder)) or "the folder is empty"
 
-
-def listed_tag(key):
-    """A property key as set and identifier or as a tag, for people who look it up."""
-    try:
-        identity, type_number = values.identity_of(key)
-    except names.NameProblem as problem:
-        raise Problem(f"{key}: {problem}") from None
-    if isinstance(identity, tuple):
-        return f"{names.name_text(*identity)}:{names.TYPE_NAMES[type_number]}"
-    return f"0x{identity << 16 | type_number:08X}"
