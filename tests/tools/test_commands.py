@@ -210,6 +210,14 @@ class CommandTest(StoreCase):
         self.write("s/store.json", self.read("s/store.json").replace('"mapistore"', '"other"'))
         self.assertRegex(self.failed("validate", "s"), r'^dtstore: s/store.json:\d+:\d+: format: expected "mapistore"\n$')
 
+    def test_the_operations_of_fault_plans_are_listed(self):
+        path = os.path.join(SOURCE, "mapistore", "operations.txt")
+        with open(path, encoding="utf-8") as file:
+            wanted = [line.strip() for line in file if line.strip() and not line.startswith("#")]
+        self.assertEqual(self.done("--list-operations").splitlines(), wanted)
+        for name in ("MAPILogonEx", "IMAPITable::Restrict", "IMessage::SubmitMessage"):
+            self.assertIn(name, wanted)
+
     def test_the_launcher_runs_on_the_systems_own_interpreter(self):
         with open(os.path.join(SOURCE, "tools", "dtstore", "dtstore"), encoding="utf-8") as file:
             self.assertEqual(file.readline(), "#!/usr/bin/python3\n")
