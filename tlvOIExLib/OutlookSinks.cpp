@@ -57,11 +57,12 @@ constexpr SinkTexts kContactTexts = SINK_TEXTS("InitContactTbl", nullptr);
 
 #undef SINK_TEXTS
 
-/// Opens the IPM subtree of the store. What the call leaves behind on a fault is never touched
-/// again: it belongs to a provider in an unknown state.
-CComRef<IMAPIFolder> OpenSubtree(IMsgStore* store, const SinkTexts& texts)
+/// Opens the IPM subtree of the store.
+/// Owner:  `value` is the caller's, so that it is freed also when a fault ends the call.
+CComRef<IMAPIFolder> OpenSubtree(IMsgStore* store,
+                                 const SinkTexts& texts,
+                                 CMapiBuffer<SPropValue>& value)
 {
-    CMapiBuffer<SPropValue> value;
     if (GetOneProp(store, PR_IPM_SUBTREE_ENTRYID, value) != S_OK)
     {
         SEND_TRACE(3, texts.function, "%s", texts.noSubtreeId);
@@ -100,10 +101,12 @@ struct StoreIsMissing final
 {
 };
 
-/// The guarded opening of the subtree: input, result, and whether the body threw.
+/// The guarded opening of the subtree: input, result, and whether the body threw. A fault unwinds
+/// nothing, so what has to be given back stands here.
 struct SubtreeCall
 {
     IMsgStore* store;
+    CMapiBuffer<SPropValue> subtreeId{};
     IMAPIFolder* root = nullptr; ///< one reference, handed over when the call finished
     bool isThrown = false;
 };
@@ -118,7 +121,7 @@ void OpenSubtreeGuarded(void* context)
             SEND_TRACE(3, kCalendarTexts.function, "%s", kCalendarTexts.storeIsNull);
             throw StoreIsMissing();
         }
-        call.root = OpenSubtree(call.store, kCalendarTexts).Detach();
+        call.root = OpenSubtree(call.store, kCalendarTexts, call.subtreeId).Detach();
     }
     catch (...)
     {
@@ -262,7 +265,8 @@ void COutlookCtrl::InitContactTbl()
     }
     std::vector<MapiFolderInfo> folders;
     {
-        const CComRef<IMAPIFolder> root = OpenSubtree(lpMsgStore.Get(), kContactTexts);
+        CMapiBuffer<SPropValue> subtreeId;
+        const CComRef<IMAPIFolder> root = OpenSubtree(lpMsgStore.Get(), kContactTexts, subtreeId);
         if (!root)
         {
             SEND_TRACE(2, function, "%s", kContactTexts.noRoot);

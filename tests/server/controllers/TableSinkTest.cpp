@@ -1,0 +1,372 @@
+// From a notification to the task that the work thread runs.
+
+#include <algorithm>
+#include <condition_variable>
+#include <mutex>
+#include <thread>
+
+#include "ContactRecord.h"
+#include "ControllerTest.h"
+#include "MailInterface.h"
+#include "MailRecord.h"
+#include "MAPITableAdviseSink.h"
+#include "WorkThread.h"
+
+namespace
+{
+
+/// What the work thread asked the mail system, as "operation folder entry instance".
+struct Asked
+{
+    std::mutex lock;
+    std::condition_variable changed;
+    Strings operations;
+    std::vector<IMAPIFolder*> folders;
+
+    void Add(const char* operation,
+             IMAPIFolder* folder,
+             const WString& entry,
+             const WString& instance)
+    {
+        const std::scoped_lock hold(lock);
+        operations.push_back(std::string(operation) + " " +
+                             std::string(entry.begin(), entry.end()) + " " +
+                             std::string(instance.begin(), instance.end()));
+        folders.push_back(folder);
+        changed.notify_all();
+    }
+    Strings WaitFor(std::size_t count)
+    {
+        std::unique_lock hold(lock);
+        changed.wait(hold, [&] { return operations.size() >= count; });
+        return operations;
+    }
+};
+
+Asked* g_asked = nullptr;
+
+/// A mail system that tells nobody anything.
+class CSilentSwitch final : public IMailSwitch
+{
+public:
+    ULONG SendMail(WString, WString, WString, ULONG) override { return 0; }
+    ULONG GetSMTPFromDispName(const WString&, WString&) override { return 0; }
+    ULONG ListAppointment(FILETIME, FILETIME, WString&) override { return 0; }
+    ULONG
+    ListRecurrentInstance(const WString&, const FILETIME*, const FILETIME*, WString&) override
+    {
+        return 0;
+    }
+    ULONG ListRecentEmail(ULONG, const WString&, ULONG, std::vector<MailRecord>&) override
+    {
+        return 0;
+    }
+    ULONG GetAppointment(const WString&, WString&) override { return 0; }
+    ULONG GetPersonalContact(std::vector<ContactRecord>&) override { return 0; }
+    ULONG GetContactDetail(const WString& key, ContactRecord&) override
+    {
+        g_asked->Add("contact deleted", nullptr, L"", key);
+        return 0;
+    }
+    ULONG GetCurProfileInfo(BSTR*) override { return 0; }
+    void ClearDataStore() override {}
+    using IMailSwitch::Init;
+    ULONG Init(ULONG, ULONG) override { return 0; }
+    [[nodiscard]] ULONG GetMailType() const override { return 1; }
+    ULONG GetMsgInfoByTableSink(IMAPIFolder* folder,
+                                const WString& entry,
+                                const WString& instance,
+                                WString&) override
+    {
+        g_asked->Add("appointment", folder, entry, instance);
+        return 0;
+    }
+    ULONG DeleteMsgInfoByTableSink(const WString& instance, WString&) override
+    {
+        g_asked->Add("appointment deleted", nullptr, L"", instance);
+        return 0;
+    }
+    ULONG GetContactInfoByTableSink(IMAPIFolder* folder,
+                                    const WString& entry,
+                                    const WString& instance,
+                                    ContactRecord&) override
+    {
+        g_asked->Add("contact", folder, entry, instance);
+        return 0;
+    }
+    ULONG SearchContacts(const WString&, std::vector<ContactRecord>&, ULONG) override { return 0; }
+    ULONG ResolveContacts(const WString&, std::vector<ContactRecord>&, ULONG) override { return 0; }
+};
+
+std::unique_ptr<IMailSwitch> MakeSilentSwitch() noexcept
+{
+    return std::make_unique<CSilentSwitch>();
+}
+
+/// One row event.
+class CRowEvent final
+{
+public:
+    CRowEvent(ULONG tableEvent, BinaryBlock instance, std::vector<BinaryBlock> entries)
+        : m_instance(std::move(instance)), m_entries(std::move(entries))
+    {
+        m_notification.ulEventType = fnevTableModified;
+        TABLE_NOTIFICATION& table = m_notification.info.tab;
+        table.ulTableEvent = tableEvent;
+        table.propIndex.ulPropTag = PR_INSTANCE_KEY;
+        table.propIndex.Value.bin = {BlockSize(m_instance), m_instance.data()};
+        for (BinaryBlock& entry : m_entries)
+        {
+            SPropValue value{};
+            value.ulPropTag = PR_ENTRYID;
+            value.Value.bin = {BlockSize(entry), entry.data()};
+            m_values.push_back(value);
+        }
+        SPropValue other{};
+        other.ulPropTag = PR_OBJECT_TYPE;
+        m_values.push_back(other);
+        table.row.cValues = static_cast<ULONG>(m_values.size());
+        table.row.lpProps = m_values.data();
+    }
+    CRowEvent(const CRowEvent&) = delete;
+    CRowEvent& operator=(const CRowEvent&) = delete;
+
+    NOTIFICATION& Get() { return m_notification; }
+
+private:
+    BinaryBlock m_instance;
+    std::vector<BinaryBlock> m_entries;
+    std::vector<SPropValue> m_values;
+    NOTIFICATION m_notification{};
+};
+
+} // namespace
+
+class TableSinkTest : public ControllerTest
+{
+protected:
+    void SetUp() override
+    {
+        ControllerTest::SetUp();
+        g_asked = &asked;
+        SetMailSwitchFactory(&MakeSilentSwitch);
+        folder = MakeFakeFolder(L"Calendar");
+        calendar = CTableSink(new CMAPITableAdviseSink(folder.Get(), 5));
+        contacts = CTableSink(new CMAPITableAdviseSink(folder.Get(), 6));
+    }
+    void TearDown() override
+    {
+        calendar.Reset();
+        contacts.Reset();
+        folder.Reset();
+        ReleaseWorkThread(false);
+        SetMailSwitchFactory(nullptr);
+        g_asked = nullptr;
+        ControllerTest::TearDown();
+    }
+
+    Asked asked;
+    CComRef<IMAPIFolder> folder;
+    CTableSink calendar;
+    CTableSink contacts;
+};
+
+TEST_F(TableSinkTest, CalendarEventsBecomeTasksOfTheCalendar)
+{
+    CRowEvent added(TABLE_ROW_ADDED, {0x1A}, {{0xE1, 0xAB}});
+    CRowEvent modified(TABLE_ROW_MODIFIED, {0x2B}, {{0xE2}});
+    CRowEvent deleted(TABLE_ROW_DELETED, {0x3C}, {{0xE3}});
+    NOTIFICATION events[] = {added.Get(), modified.Get(), deleted.Get()};
+
+    EXPECT_EQ(calendar.Get()->OnNotify(3, events), 0U);
+
+    EXPECT_EQ(asked.WaitFor(3),
+              (Strings{"appointment E1AB 1A", "appointment E2 2B", "appointment deleted  3C"}));
+    EXPECT_EQ(asked.folders[0], folder.Get());
+}
+
+TEST_F(TableSinkTest, EventsAreTracedInTheirOrder)
+{
+    EnsureWorkThread();
+    CRowEvent added(TABLE_ROW_ADDED, {0x1A}, {{0xE1}});
+    CRowEvent deleted(TABLE_ROW_DELETED, {0x3C}, {});
+    NOTIFICATION events[] = {added.Get(), deleted.Get()};
+
+    calendar.Get()->OnNotify(2, events);
+
+    Strings lines = Lines();
+    std::erase_if(lines, [](const std::string& line) {
+        return line.find("OnNotify") == std::string::npos &&
+               line.find("PushPendingWork") == std::string::npos;
+    });
+    EXPECT_EQ(lines,
+              (Strings{"3 CMAPITableAdviseSink::OnNotify, cNotify number[2]",
+                       "2 CMAPITableAdviseSink::OnNotify TABLE_ROW_ADDED",
+                       "3 PushPendingWork tasktype[12]",
+                       "2 CMAPITableAdviseSink::OnNotify TABLE_ROW_DELETED",
+                       "3 PushPendingWork tasktype[10]"}));
+    asked.WaitFor(2);
+}
+
+TEST_F(TableSinkTest, ContactEventsBecomeTasksOfTheContacts)
+{
+    CRowEvent added(TABLE_ROW_ADDED, {0x1A}, {{0xE1}});
+    CRowEvent modified(TABLE_ROW_MODIFIED, {0x2B}, {{0xE2}});
+    CRowEvent deleted(TABLE_ROW_DELETED, {0x3C}, {});
+    NOTIFICATION events[] = {added.Get(), modified.Get(), deleted.Get()};
+
+    EXPECT_EQ(contacts.Get()->OnNotify(3, events), 0U);
+
+    EXPECT_EQ(asked.WaitFor(3), (Strings{"contact E1 1A", "contact E2 2B", "contact deleted  3C"}));
+    EXPECT_EQ(trace.Count("PushPendingWork tasktype[18]"), 1U);
+    EXPECT_EQ(trace.Count("PushPendingWork tasktype[17]"), 1U);
+    EXPECT_EQ(trace.Count("PushPendingWork tasktype[16]"), 1U);
+}
+
+TEST_F(TableSinkTest, LastIdentifierOfARowWins)
+{
+    CRowEvent modified(TABLE_ROW_MODIFIED, {0x2B}, {{0xE1}, {0xE2}});
+
+    calendar.Get()->OnNotify(1, &modified.Get());
+
+    EXPECT_EQ(asked.WaitFor(1), (Strings{"appointment E2 2B"}));
+}
+
+TEST_F(TableSinkTest, RowWithoutAnIdentifierGivesAnEmptyOne)
+{
+    CRowEvent modified(TABLE_ROW_MODIFIED, {0x2B}, {});
+
+    calendar.Get()->OnNotify(1, &modified.Get());
+
+    EXPECT_EQ(asked.WaitFor(1), (Strings{"appointment  2B"}));
+}
+
+TEST_F(TableSinkTest, MissingRowIsTracedAndTheNextOneFollows)
+{
+    CRowEvent broken(TABLE_ROW_ADDED, {0x1A}, {{0xE1}});
+    broken.Get().info.tab.row.lpProps = nullptr;
+    CRowEvent added(TABLE_ROW_ADDED, {0x2B}, {{0xE2}});
+    NOTIFICATION events[] = {broken.Get(), added.Get()};
+
+    EXPECT_EQ(calendar.Get()->OnNotify(2, events), 0U);
+
+    EXPECT_EQ(asked.WaitFor(1), (Strings{"appointment E2 2B"}));
+    EXPECT_TRUE(trace.Has(1, "lpRow == NULL"));
+}
+
+TEST_F(TableSinkTest, OtherEventsAreIgnored)
+{
+    CRowEvent changed(TABLE_CHANGED, {0x1A}, {{0xE1}});
+    CRowEvent reload(TABLE_RELOAD, {0x1A}, {{0xE1}});
+    CRowEvent otherType(TABLE_ROW_ADDED, {0x1A}, {{0xE1}});
+    otherType.Get().ulEventType = fnevObjectModified;
+    NOTIFICATION events[] = {changed.Get(), reload.Get(), otherType.Get()};
+
+    EXPECT_EQ(calendar.Get()->OnNotify(3, events), 0U);
+
+    EXPECT_EQ(Lines(), (Strings{"3 CMAPITableAdviseSink::OnNotify, cNotify number[3]"}));
+    EXPECT_EQ(g_pWorkThread.load(), nullptr);
+}
+
+TEST_F(TableSinkTest, SinkOfAnotherKindIgnoresEverything)
+{
+    CTableSink other(new CMAPITableAdviseSink(folder.Get(), 11));
+    CRowEvent added(TABLE_ROW_ADDED, {0x1A}, {{0xE1}});
+
+    EXPECT_EQ(other.Get()->OnNotify(1, &added.Get()), 0U);
+
+    EXPECT_EQ(Lines(), (Strings{"3 CMAPITableAdviseSink::OnNotify, cNotify number[1]"}));
+}
+
+TEST_F(TableSinkTest, NoNotificationsAtAllIsAnError)
+{
+    EXPECT_EQ(calendar.Get()->OnNotify(1, nullptr), 0x80004005U);
+    EXPECT_EQ(Lines(), Strings{});
+
+    NOTIFICATION unused{};
+    EXPECT_EQ(calendar.Get()->OnNotify(0, &unused), 0U);
+    EXPECT_EQ(Lines(), (Strings{"3 CMAPITableAdviseSink::OnNotify, cNotify number[0]"}));
+}
+
+TEST_F(TableSinkTest, InterfacesAreAnsweredWithAReference)
+{
+    void* object = nullptr;
+    EXPECT_EQ(calendar.Get()->QueryInterface(IID_IUnknown, &object), S_OK);
+    EXPECT_EQ(object, calendar.Get());
+    EXPECT_EQ(calendar.Get()->QueryInterface(IID_IMAPIAdviseSink, &object), S_OK);
+    EXPECT_EQ(calendar.Get()->QueryInterface(IID_IMAPITable, &object), E_NOINTERFACE);
+    EXPECT_EQ(object, nullptr);
+    EXPECT_EQ(calendar.Get()->QueryInterface(IID_IUnknown, nullptr), E_INVALIDARG);
+
+    EXPECT_EQ(calendar.Get()->Release(), 2U);
+    EXPECT_EQ(calendar.Get()->Release(), 1U);
+    EXPECT_EQ(Lines(),
+              (Strings{"3 CMAPITableAdviseSink.m_cRef increased to 2.",
+                       "3 CMAPITableAdviseSink.m_cRef increased to 3.",
+                       "3 CMAPITableAdviseSink.m_cRef decreased to 2.",
+                       "3 CMAPITableAdviseSink.m_cRef decreased to 1."}));
+}
+
+TEST_F(TableSinkTest, DestroyingLetsTheFolderGoWhateverTheCountAndWithoutALine)
+{
+    CMAPITableAdviseSink* const late = contacts.Get();
+    late->AddRef(); // a provider that keeps its reference too long
+    trace.Clear();
+
+    calendar.Reset();
+    contacts.Reset();
+    folder.Reset();
+
+    EXPECT_EQ(mapi.liveObjects, 0);
+    EXPECT_EQ(Lines(), Strings{});
+    CRowEvent added(TABLE_ROW_ADDED, {0x1A}, {{0xE1}});
+    EXPECT_EQ(late->OnNotify(1, &added.Get()), 0U);
+    EXPECT_EQ(g_pWorkThread.load(), nullptr);
+    EXPECT_EQ(late->Release(), 0U);
+}
+
+TEST_F(TableSinkTest, NotificationsFromManyThreadsAreAllQueuedAndNoneAfterTheEnd)
+{
+    constexpr int kThreads = 4;
+    constexpr int kEvents = 50;
+    EnsureWorkThread();
+    std::vector<std::thread> threads;
+    for (int thread = 0; thread < kThreads; ++thread)
+    {
+        threads.emplace_back([&] {
+            CRowEvent added(TABLE_ROW_ADDED, {0x1A}, {{0xE1}});
+            for (int event = 0; event < kEvents; ++event)
+            {
+                calendar.Get()->OnNotify(1, &added.Get());
+            }
+        });
+    }
+    for (std::thread& thread : threads)
+    {
+        thread.join();
+    }
+
+    EXPECT_EQ(asked.WaitFor(kThreads * kEvents).size(), std::size_t{kThreads * kEvents});
+}
+
+TEST_F(TableSinkTest, EndWaitsForANotificationUnderWay)
+{
+    EnsureWorkThread();
+    CMAPITableAdviseSink* const sink = calendar.Get();
+    sink->AddRef();
+    std::thread notifier([&] {
+        CRowEvent added(TABLE_ROW_ADDED, {0x1A}, {{0xE1}});
+        for (int event = 0; event < 100; ++event)
+        {
+            sink->OnNotify(1, &added.Get());
+        }
+    });
+
+    asked.WaitFor(1);
+    calendar.Reset();
+
+    const std::size_t queued = trace.Count("PushPendingWork tasktype[12]");
+    notifier.join();
+    EXPECT_EQ(trace.Count("PushPendingWork tasktype[12]"), queued);
+    sink->Release();
+}
