@@ -128,7 +128,9 @@ void CObjectCore::Note(Operation operation, HRESULT hr, const char* text) const 
 {
     try
     {
-        Runtime().Ledger().Misuse(operation, hr, std::string(m_name) + " " + text);
+        // The operation names the interface, unless it is none.
+        const std::string name = operation == kNoOperation ? std::string(m_name) + " " : "";
+        Runtime().Ledger().Misuse(operation, hr, name + text);
     }
     catch (...)
     {
