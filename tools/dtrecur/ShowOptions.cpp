@@ -1,0 +1,96 @@
+#include <map>
+
+#include "DateText.h"
+#include "ShowCommand.h"
+
+namespace
+{
+
+using TextOption = std::string ShowOptions::*;
+using Switch = bool ShowOptions::*;
+
+const std::map<std::string, TextOption> kTextOptions = {
+    {"--pattern", &ShowOptions::pattern},
+    {"--zone", &ShowOptions::zone},
+    {"--from", &ShowOptions::from},
+    {"--to", &ShowOptions::to},
+    {"--first", &ShowOptions::first},
+    {"--subject", &ShowOptions::subject},
+    {"--location", &ShowOptions::location},
+};
+
+const std::map<std::string, Switch> kSwitches = {
+    {"--keep-all", &ShowOptions::keepsAll},
+    {"--trace", &ShowOptions::withTrace},
+    {"--help", &ShowOptions::wantsHelp},
+    {"-h", &ShowOptions::wantsHelp},
+};
+
+const std::map<std::string, ColorChoice> kColorChoices = {
+    {"auto", ColorChoice::Auto},
+    {"always", ColorChoice::Always},
+    {"never", ColorChoice::Never},
+};
+
+std::optional<std::string> CheckTimes(const ShowOptions& options)
+{
+    for (const std::string* time : {&options.from, &options.to})
+    {
+        if (!time->empty() && !FileTimeOfText(*time).has_value())
+        {
+            return "'" + *time + "' is no time of the form YYYY-MM-DDTHH:MM:SS";
+        }
+    }
+    if (!options.first.empty() && !TimeOfText(options.first).has_value())
+    {
+        return "'" + options.first + "' is not of the form YYYY-MM-DDTHH:MM:SS";
+    }
+    return std::nullopt;
+}
+
+} // namespace
+
+std::optional<std::string> ReadShowOptions(const std::vector<std::string>& arguments,
+                                           ShowOptions& options)
+{
+    for (std::size_t i = 0; i < arguments.size(); ++i)
+    {
+        const std::string& name = arguments[i];
+        if (const auto option = kSwitches.find(name); option != kSwitches.end())
+        {
+            options.*option->second = true;
+            continue;
+        }
+        const auto text = kTextOptions.find(name);
+        if (text == kTextOptions.end() && name != "--color")
+        {
+            return "unknown argument '" + name + "'";
+        }
+        if (i + 1 == arguments.size())
+        {
+            return "'" + name + "' needs a value";
+        }
+        const std::string& value = arguments[++i];
+        if (text != kTextOptions.end())
+        {
+            options.*text->second = value;
+        }
+        else if (const auto choice = kColorChoices.find(value); choice != kColorChoices.end())
+        {
+            options.color = choice->second;
+        }
+        else
+        {
+            return "'" + value + "' is none of auto, always and never";
+        }
+    }
+    if (options.wantsHelp)
+    {
+        return std::nullopt;
+    }
+    if (options.pattern.empty())
+    {
+        return "--pattern is missing";
+    }
+    return CheckTimes(options);
+}
