@@ -46,7 +46,8 @@ std::optional<std::wstring> FromEnvironment(const wchar_t* variable)
 std::optional<std::wstring> FromRegistry(HKEY root, const wchar_t* name)
 {
     DWORD cb = 0;
-    constexpr DWORD kTypes = RRF_RT_REG_SZ | RRF_RT_REG_EXPAND_SZ;
+    // Takes REG_EXPAND_SZ as well, and expands it; asked for by name that type is refused.
+    constexpr DWORD kTypes = RRF_RT_REG_SZ;
     if (RegGetValueW(root, kKey, name, kTypes, nullptr, nullptr, &cb) != ERROR_SUCCESS)
     {
         return std::nullopt;
