@@ -1,6 +1,7 @@
 #include "ChildProcess.h"
 
 #include <array>
+#include <string_view>
 #include <utility>
 
 namespace
@@ -12,6 +13,9 @@ void CloseIfOpen(HANDLE& handle)
         CloseHandle(std::exchange(handle, nullptr));
     }
 }
+
+// What the watcher writes behind all that the process has written.
+constexpr std::string_view kEndMark = "\x04-end-of-output-\x04\n";
 } // namespace
 
 std::wstring BuildPath(const std::wstring& relative)
@@ -28,7 +32,6 @@ std::wstring BuildPath(const std::wstring& relative)
 CChildProcess::~CChildProcess()
 {
     CloseInput();
-    CloseIfOpen(m_output);
     if (m_process != nullptr)
     {
         // A child that does not end with its input is of no use to anybody any more.
@@ -36,8 +39,12 @@ CChildProcess::~CChildProcess()
         {
             TerminateProcess(m_process, 98);
         }
+        CloseIfOpen(m_output); // frees a watcher that finds the pipe full
+        m_watcher.join();
         CloseIfOpen(m_process);
     }
+    CloseIfOpen(m_output);
+    CloseIfOpen(m_outputEnd);
 }
 
 bool CChildProcess::Start(const std::wstring& program,
@@ -77,14 +84,21 @@ bool CChildProcess::Start(const std::wstring& program,
                                         nullptr,
                                         &start,
                                         &process);
-    CloseIfOpen(childOutput);
     CloseIfOpen(childInput);
+    SetHandleInformation(childOutput, HANDLE_FLAG_INHERIT, 0);
+    m_outputEnd = childOutput;
     if (started == 0)
     {
         return false;
     }
     CloseHandle(process.hThread);
     m_process = process.hProcess;
+    m_watcher = std::thread([this] {
+        WaitForSingleObject(m_process, INFINITE);
+        DWORD cbWritten = 0;
+        WriteFile(
+            m_outputEnd, kEndMark.data(), static_cast<DWORD>(kEndMark.size()), &cbWritten, nullptr);
+    });
     return true;
 }
 
@@ -93,10 +107,21 @@ bool CChildProcess::ReadLine(std::string& line)
     for (;;)
     {
         const std::size_t end = m_buffer.find('\n');
+        if (m_ended)
+        {
+            return false;
+        }
         if (end != std::string::npos)
         {
             line = m_buffer.substr(0, end);
             m_buffer.erase(0, end + 1);
+            if (line.ends_with(kEndMark.substr(0, kEndMark.size() - 1)))
+            {
+                m_ended = true;
+                line.resize(line.size() - (kEndMark.size() - 1));
+                m_buffer = line;
+                return false;
+            }
             if (!line.empty() && line.back() == '\r')
             {
                 line.pop_back();

@@ -3,7 +3,7 @@
 #include <windows.h>
 
 #include <string>
-#include <vector>
+#include <thread>
 
 /// How long a test waits for what must come: long beyond any bound of the server's, so that only
 /// something that never comes ends a wait.
@@ -13,6 +13,9 @@ constexpr DWORD kPatienceMs = 60000;
 std::wstring BuildPath(const std::wstring& relative);
 
 /// A child process with its standard streams.
+///
+/// The end of the output is that of the process, not of the pipe: Wine's desktop process, which the
+/// first window starts, may hold the pipe for as long as it likes.
 class CChildProcess
 {
 public:
@@ -42,8 +45,11 @@ public:
 private:
     HANDLE m_process = nullptr;
     HANDLE m_output = nullptr;
+    HANDLE m_outputEnd = nullptr; ///< Ours, of the child's side of the pipe.
     HANDLE m_input = nullptr;
     std::string m_buffer;
+    bool m_ended = false;
+    std::thread m_watcher; ///< Marks the end of the output when the process has ended.
 };
 
 /// What a program that ends by itself leaves behind.

@@ -33,6 +33,10 @@ std::string OneLine(std::wstring_view text)
     {
         letter = letter == '\n' || letter == '\r' ? ' ' : letter;
     }
+    if (text.size() > kShown)
+    {
+        line += " of " + std::to_string(text.size());
+    }
     return line;
 }
 

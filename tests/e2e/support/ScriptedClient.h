@@ -31,7 +31,8 @@
 ///   release                   drops every reference, sinks included
 ///   errorinfo                 whether the object supports error information
 ///   die                       ends the process without any of that
-/// Each event is printed as "event NAME ID NUMBER TEXT" when it comes.
+/// Each event is printed as "event NAME ID NUMBER TEXT" when it comes; a text of more than 400 letters
+/// is cut there, and " of LENGTH" follows.
 class CScriptedClient
 {
 public:

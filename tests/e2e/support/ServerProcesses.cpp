@@ -1,6 +1,9 @@
 #include "ServerProcesses.h"
 
 #include <tlhelp32.h>
+#include <winsvc.h>
+
+#include <memory>
 
 #include "ChildProcess.h"
 
@@ -61,10 +64,38 @@ void CWatchedProcess::End() const
     }
 }
 
-CRegisteredServer::CRegisteredServer(const std::wstring& path)
-    : m_path(path), m_fileName(path.substr(path.rfind(L'\\') + 1)),
-      m_registered(RunProgram(path, L"-RegServer").exitCode == 0)
+namespace
 {
+// Wine's object activator keeps the class of a server that was killed before it could revoke it, and
+// every later activation then fails with 0x800706BA. A new activator knows nothing of it. Can go when
+// the lifetime tests pass without it.
+void RenewObjectActivator()
+{
+    std::vector<std::unique_ptr<CWatchedProcess>> running;
+    for (const DWORD id : ProcessesOf(L"rpcss.exe"))
+    {
+        running.push_back(std::make_unique<CWatchedProcess>(id));
+    }
+    SC_HANDLE manager = OpenSCManagerW(nullptr, nullptr, SC_MANAGER_CONNECT);
+    SC_HANDLE service = OpenServiceW(manager, L"RpcSs", SERVICE_STOP);
+    SERVICE_STATUS status{};
+    if (ControlService(service, SERVICE_CONTROL_STOP, &status) != 0)
+    {
+        for (const auto& process : running)
+        {
+            static_cast<void>(process->WaitForEnd());
+        }
+    }
+    CloseServiceHandle(service);
+    CloseServiceHandle(manager);
+}
+} // namespace
+
+CRegisteredServer::CRegisteredServer(const std::wstring& path)
+    : m_path(path), m_fileName(path.substr(path.rfind(L'\\') + 1)), m_registered(false)
+{
+    RenewObjectActivator(); // a run that was broken off may have left one behind
+    m_registered = RunProgram(path, L"-RegServer").exitCode == 0;
 }
 
 CRegisteredServer::~CRegisteredServer()
@@ -74,6 +105,7 @@ CRegisteredServer::~CRegisteredServer()
         CWatchedProcess(id).End();
     }
     RunProgram(m_path, L"-UnregServer");
+    RenewObjectActivator();
 }
 
 std::vector<DWORD> CRegisteredServer::Processes() const
