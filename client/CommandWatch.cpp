@@ -72,6 +72,14 @@ ExitCode RunWatch(const Arguments& arguments)
     {
         return ExitCode::Failed;
     }
+    // What changes while the listing is under way is printed behind it.
+    std::vector<ServerEvent> early;
+    session.SetEventHandler([&early](const ServerEvent& event) {
+        if (event.id == EventId::CalendarUpdated || event.id == EventId::ContactUpdated)
+        {
+            early.push_back(event);
+        }
+    });
     if (arguments.from || arguments.to)
     {
         // A change is told from what the server has read before, so the listing also sharpens what
@@ -90,6 +98,13 @@ ExitCode RunWatch(const Arguments& arguments)
         }
     }
     WriteMessage("Watching. Ctrl+C ends.\n");
+    for (const ServerEvent& event : early)
+    {
+        if (!WriteResult(TextOfEvent(arguments.form, event)))
+        {
+            return ExitCode::Failed;
+        }
+    }
     return Follow(session, arguments, [&arguments](const ServerEvent& event) {
         // Heartbeats say only that nothing happens; "trace" shows them.
         return event.id == EventId::Trace || WriteResult(TextOfEvent(arguments.form, event));

@@ -125,16 +125,22 @@ HRESULT UnregisterLibrary(const std::wstring& file, bool perUser)
     return S_OK;
 }
 
-/// Removes a key of the classes root in one of the two views. What is not there is no failure.
-HRESULT RemoveClassesTree(const wchar_t* key, REGSAM view)
+/// Removes a key below one of the classes root's containers, `path` being "Container\\{id}". What is
+/// not there is no failure.
+/// `view` names one of the machine's two views; 0 goes where the user's own view leads. It counts for
+/// the opening of a container only: the classes root itself is open before, and has no view.
+HRESULT RemoveClassesTree(std::wstring_view path, REGSAM view)
 {
-    HKEY root = nullptr;
-    LSTATUS status =
-        RegOpenKeyExW(HKEY_CLASSES_ROOT, nullptr, 0, KEY_READ | KEY_WRITE | DELETE | view, &root);
+    const std::size_t cut = path.find(L'\\');
+    const std::wstring container(path.substr(0, cut));
+    const std::wstring key(path.substr(cut + 1));
+    HKEY parent = nullptr;
+    LSTATUS status = RegOpenKeyExW(
+        HKEY_CLASSES_ROOT, container.c_str(), 0, KEY_READ | KEY_WRITE | DELETE | view, &parent);
     if (status == ERROR_SUCCESS)
     {
-        status = RegDeleteTreeW(root, key);
-        RegCloseKey(root);
+        status = RegDeleteTreeW(parent, key.c_str());
+        RegCloseKey(parent);
     }
     return status == ERROR_FILE_NOT_FOUND ? S_OK : HRESULT_FROM_WIN32(static_cast<DWORD>(status));
 }
@@ -148,11 +154,14 @@ void KeepFirst(HRESULT& first, HRESULT hr)
 }
 
 /// The type library's own keys: UnRegisterTypeLib leaves the interfaces where an earlier deletion
-/// took the library's key, and the view of 32-bit clients has interfaces of its own.
-HRESULT SweepTypeInformation()
+/// took the library's key, and the view of 32-bit clients has interfaces of its own. The user's view
+/// has no such parts, and naming one would lead past it to the machine's.
+HRESULT SweepTypeInformation(bool perUser)
 {
+    constexpr REGSAM kMachineViews[] = {KEY_WOW64_64KEY, KEY_WOW64_32KEY};
+    constexpr REGSAM kUserView[] = {0};
     HRESULT first = S_OK;
-    for (const REGSAM view : {REGSAM{KEY_WOW64_64KEY}, REGSAM{KEY_WOW64_32KEY}})
+    for (const REGSAM view : perUser ? std::span<const REGSAM>(kUserView) : kMachineViews)
     {
         KeepFirst(first, RemoveClassesTree(kTypeLibraryKey, view));
         for (const wchar_t* const key : kInterfaceKeys)
@@ -180,7 +189,7 @@ HRESULT Unregister(const RegistrationData& data, bool perUser)
     HRESULT first = ReadScripts(data, trees);
     KeepFirst(first, UndoRegistrarTrees(trees));
     KeepFirst(first, UnregisterLibrary(data.file, perUser));
-    KeepFirst(first, SweepTypeInformation());
+    KeepFirst(first, SweepTypeInformation(perUser));
     return first;
 }
 

@@ -49,7 +49,8 @@ CChildProcess::~CChildProcess()
 
 bool CChildProcess::Start(const std::wstring& program,
                           const std::wstring& arguments,
-                          bool withInput)
+                          bool withInput,
+                          HANDLE errors)
 {
     SECURITY_ATTRIBUTES inherited{};
     inherited.nLength = sizeof inherited;
@@ -72,7 +73,7 @@ bool CChildProcess::Start(const std::wstring& program,
     start.dwFlags = STARTF_USESTDHANDLES;
     start.hStdInput = childInput;
     start.hStdOutput = childOutput;
-    start.hStdError = childOutput;
+    start.hStdError = errors != nullptr ? errors : childOutput;
     PROCESS_INFORMATION process{};
     const BOOL started = CreateProcessW(program.c_str(),
                                         commandLine.data(),
@@ -173,14 +174,55 @@ DWORD CChildProcess::Wait()
     return code;
 }
 
+namespace
+{
+// An inheritable file that goes with its last handle.
+HANDLE MakeErrorFile()
+{
+    std::array<wchar_t, MAX_PATH> folder{};
+    std::array<wchar_t, MAX_PATH> path{};
+    GetTempPathW(static_cast<DWORD>(folder.size()), folder.data());
+    GetTempFileNameW(folder.data(), L"e2e", 0, path.data());
+    SECURITY_ATTRIBUTES inherited{};
+    inherited.nLength = sizeof inherited;
+    inherited.bInheritHandle = TRUE;
+    return CreateFileW(path.data(),
+                       GENERIC_READ | GENERIC_WRITE,
+                       FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
+                       &inherited,
+                       CREATE_ALWAYS,
+                       FILE_ATTRIBUTE_TEMPORARY | FILE_FLAG_DELETE_ON_CLOSE,
+                       nullptr);
+}
+
+std::string ReadFromStart(HANDLE file)
+{
+    std::string text;
+    SetFilePointer(file, 0, nullptr, FILE_BEGIN);
+    std::array<char, 4096> block{};
+    DWORD cbRead = 0;
+    while (ReadFile(file, block.data(), static_cast<DWORD>(block.size()), &cbRead, nullptr) != 0 &&
+           cbRead != 0)
+    {
+        text.append(block.data(), cbRead);
+    }
+    return text;
+}
+} // namespace
+
 ProgramResult RunProgram(const std::wstring& program, const std::wstring& arguments)
 {
     ProgramResult result;
-    CChildProcess child;
-    if (child.Start(program, arguments, false))
+    HANDLE errors = MakeErrorFile();
     {
-        result.output = child.ReadRest();
-        result.exitCode = child.Wait();
+        CChildProcess child;
+        if (child.Start(program, arguments, false, errors))
+        {
+            result.output = child.ReadRest();
+            result.exitCode = child.Wait();
+        }
     }
+    result.errors = ReadFromStart(errors);
+    CloseHandle(errors);
     return result;
 }

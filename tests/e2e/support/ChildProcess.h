@@ -24,8 +24,12 @@ public:
     CChildProcess& operator=(const CChildProcess&) = delete;
     ~CChildProcess();
 
-    /// `withInput` gives the child a pipe as standard input.
-    bool Start(const std::wstring& program, const std::wstring& arguments, bool withInput);
+    /// `withInput` gives the child a pipe as standard input. Standard error goes where standard output
+    /// goes, unless `errors`, an inheritable handle, is given.
+    bool Start(const std::wstring& program,
+               const std::wstring& arguments,
+               bool withInput,
+               HANDLE errors = nullptr);
 
     /// Reads one line of standard output without its end; false at the end of the output.
     bool ReadLine(std::string& line);
@@ -56,7 +60,8 @@ private:
 struct ProgramResult
 {
     DWORD exitCode = 0xFFFFFFFF;
-    std::string output; ///< Standard output and standard error.
+    std::string output;
+    std::string errors; ///< What went to standard error.
 };
 
 /// Runs a program to its end.

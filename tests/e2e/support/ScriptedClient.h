@@ -24,7 +24,9 @@
 ///   list CODE                 a window that begins CODE seconds into 2020; gives the sequence id
 ///   nulllist                  a window without a start
 ///   profile                   gives the document, or "untouched"
-///   empties vtable|dispatch   all ten methods that do nothing; gives how many answered S_OK
+///   empties vtable            all ten methods that do nothing; gives how many answered S_OK
+///   empties dispatch          the nine of them that take no record, by name: Wine 8 cannot carry a
+///                             record in a VARIANT to another process (E_NOTIMPL)
 ///   postevent TYPE KEY
 ///   releaseapp BOOL           0, -1 or 1, as it stands
 ///   onevent release|releaseapp  what to do inside the next event

@@ -177,11 +177,12 @@ private:
     ULONG m_mailType = MailTypeNone;
 };
 
+} // namespace
+
+// Stands in the place of the product's MakeMapiCtrl.
+std::unique_ptr<IMailSwitch> MakeTestMailSwitch() noexcept;
+
 std::unique_ptr<IMailSwitch> MakeTestMailSwitch() noexcept
 {
     return std::make_unique<CTestMailSwitch>();
 }
-
-// Before wWinMain, and so before the first client.
-const MailSwitchFactory g_before = SetMailSwitchFactory(MakeTestMailSwitch);
-} // namespace

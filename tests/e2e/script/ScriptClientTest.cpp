@@ -1,0 +1,68 @@
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "RemoteClient.h"
+#include "ServerProcesses.h"
+
+namespace
+{
+constexpr int kOnInitialize = 2;
+
+std::wstring Wide(const std::string& text)
+{
+    return std::wstring(text.begin(), text.end());
+}
+
+// Runs a script of this folder in the system's own script host.
+ProgramResult RunScript(const std::wstring& name)
+{
+    return RunProgram(L"C:\\windows\\system32\\cscript.exe",
+                      L"//nologo \"Z:" + Wide(DT_SOURCE_DIR) + L"/tests/e2e/script/" + name +
+                          L"\"");
+}
+
+class ScriptClientTest : public testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        ASSERT_TRUE(m_server.IsRegistered());
+        // A script has no window; somebody has to own the frame.
+        ASSERT_EQ(m_frame.Result("frame"), 0U);
+    }
+
+    CRegisteredServer m_server{BuildPath(L"tests\\dtOIEx64-testhost.exe")};
+    CRemoteClient m_frame;
+};
+} // namespace
+
+TEST_F(ScriptClientTest, AScriptInitializesAndReleasesByName)
+{
+    const ProgramResult result = RunScript(L"late-bound-client.js");
+
+    EXPECT_EQ(result.exitCode, 0U);
+    EXPECT_EQ(result.output, "initialized\nreleased\n") << result.errors;
+}
+
+TEST_F(ScriptClientTest, WhatAScriptCallsReachesTheSameObjectAsOtherClients)
+{
+    ASSERT_EQ(m_frame.Result("create"), 0U);
+    ASSERT_EQ(m_frame.Result("advise main"), 0U);
+
+    const ProgramResult result = RunScript(L"late-bound-client.js");
+    EXPECT_EQ(result.exitCode, 0U);
+
+    // Its ReleaseApp ended the work thread, which the next Initialize makes anew.
+    ASSERT_EQ(m_frame.Result("initialize 1 CALENDARING"), 0U);
+    EXPECT_EQ(m_frame.WaitForEvent(kOnInitialize).id, kOnInitialize);
+    // 111 was the script's, 112 this client's.
+    EXPECT_EQ(m_frame.Do("list 0").value, "113");
+}
+
+TEST_F(ScriptClientTest, AFailedCallRaisesItsCodeInAScript)
+{
+    const ProgramResult result = RunScript(L"bad-mail-type.js");
+
+    EXPECT_EQ(result.output, "failure 80004005\n") << result.errors;
+}
