@@ -22,10 +22,10 @@ extern "C"
 namespace
 {
 
-constexpr const wchar_t* kTypeLibraryKey = L"TypeLib\\{A470B11E-041B-407E-BE88-C2039972F999}";
-constexpr std::array<const wchar_t*, 2> kInterfaceKeys = {
-    L"Interface\\{BCEDA04E-FDD7-4E90-B0C6-A9653E6B3F58}",
-    L"Interface\\{F912582E-FB94-4AFD-89F9-5FC9BB6EC51F}",
+constexpr const wchar_t* kTypeLibrary = L"{A470B11E-041B-407E-BE88-C2039972F999}";
+constexpr std::array<const wchar_t*, 2> kInterfaces = {
+    L"{BCEDA04E-FDD7-4E90-B0C6-A9653E6B3F58}",
+    L"{F912582E-FB94-4AFD-89F9-5FC9BB6EC51F}",
 };
 
 /// Empty when the module has no such script.
@@ -125,22 +125,35 @@ HRESULT UnregisterLibrary(const std::wstring& file, bool perUser)
     return S_OK;
 }
 
-/// Removes a key below one of the classes root's containers, `path` being "Container\\{id}". What is
-/// not there is no failure.
-/// `view` names one of the machine's two views; 0 goes where the user's own view leads. It counts for
-/// the opening of a container only: the classes root itself is open before, and has no view.
-HRESULT RemoveClassesTree(std::wstring_view path, REGSAM view)
+/// Where the classes stand that this registration wrote. The classes root itself has no second view.
+struct ClassesKey
 {
-    const std::size_t cut = path.find(L'\\');
-    const std::wstring container(path.substr(0, cut));
-    const std::wstring key(path.substr(cut + 1));
-    HKEY parent = nullptr;
-    LSTATUS status = RegOpenKeyExW(
-        HKEY_CLASSES_ROOT, container.c_str(), 0, KEY_READ | KEY_WRITE | DELETE | view, &parent);
+    HKEY root;
+    const wchar_t* path;
+};
+
+ClassesKey ClassesOf(bool perUser)
+{
+    return perUser ? ClassesKey{HKEY_CURRENT_USER, L"Software\\Classes"}
+                   : ClassesKey{HKEY_LOCAL_MACHINE, L"SOFTWARE\\Classes"};
+}
+
+/// Removes `name` below the classes' key `parent`, in one of the two views. What is not there is no
+/// failure.
+HRESULT
+RemoveClassesTree(const ClassesKey& classes,
+                  const wchar_t* parent,
+                  const wchar_t* name,
+                  REGSAM view)
+{
+    const std::wstring path = std::wstring(classes.path) + L'\\' + parent;
+    HKEY key = nullptr;
+    LSTATUS status =
+        RegOpenKeyExW(classes.root, path.c_str(), 0, KEY_READ | KEY_WRITE | DELETE | view, &key);
     if (status == ERROR_SUCCESS)
     {
-        status = RegDeleteTreeW(parent, key.c_str());
-        RegCloseKey(parent);
+        status = RegDeleteTreeW(key, name);
+        RegCloseKey(key);
     }
     return status == ERROR_FILE_NOT_FOUND ? S_OK : HRESULT_FROM_WIN32(static_cast<DWORD>(status));
 }
@@ -154,19 +167,16 @@ void KeepFirst(HRESULT& first, HRESULT hr)
 }
 
 /// The type library's own keys: UnRegisterTypeLib leaves the interfaces where an earlier deletion
-/// took the library's key, and the view of 32-bit clients has interfaces of its own. The user's view
-/// has no such parts, and naming one would lead past it to the machine's.
+/// took the library's key, and the view of 32-bit clients has interfaces of its own.
 HRESULT SweepTypeInformation(bool perUser)
 {
-    constexpr REGSAM kMachineViews[] = {KEY_WOW64_64KEY, KEY_WOW64_32KEY};
-    constexpr REGSAM kUserView[] = {0};
-    HRESULT first = S_OK;
-    for (const REGSAM view : perUser ? std::span<const REGSAM>(kUserView) : kMachineViews)
+    const ClassesKey classes = ClassesOf(perUser);
+    HRESULT first = RemoveClassesTree(classes, L"TypeLib", kTypeLibrary, KEY_WOW64_64KEY);
+    for (const REGSAM view : {REGSAM{KEY_WOW64_64KEY}, REGSAM{KEY_WOW64_32KEY}})
     {
-        KeepFirst(first, RemoveClassesTree(kTypeLibraryKey, view));
-        for (const wchar_t* const key : kInterfaceKeys)
+        for (const wchar_t* const iid : kInterfaces)
         {
-            KeepFirst(first, RemoveClassesTree(key, view));
+            KeepFirst(first, RemoveClassesTree(classes, L"Interface", iid, view));
         }
     }
     return first;

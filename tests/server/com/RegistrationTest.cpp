@@ -45,6 +45,21 @@ private:
     const HKEY m_predefined;
 };
 
+/// A machine of the test's own: its keys, and the classes root among them.
+class CScratchMachine final
+{
+public:
+    explicit CScratchMachine(const std::wstring& path)
+        : m_root(HKEY_CLASSES_ROOT, path + L"\\SOFTWARE\\Classes"),
+          m_machine(HKEY_LOCAL_MACHINE, path)
+    {
+    }
+
+private:
+    CRedirect m_root;
+    CRedirect m_machine;
+};
+
 /// Registers this test program in the server's place, in a registry of its own.
 class RegistrationTest : public testing::Test
 {
@@ -57,22 +72,23 @@ protected:
         m_data.replacements = {{L"APPID", kAppId}};
     }
 
+    [[nodiscard]] std::wstring Machine() const { return m_scratch.Path() + L"\\Machine"; }
+    [[nodiscard]] std::wstring MachineClasses() const { return Machine() + L"\\SOFTWARE\\Classes"; }
+
+    static void MakeKey(const std::wstring& path)
+    {
+        HKEY key = nullptr;
+        RegCreateKeyExW(
+            HKEY_CURRENT_USER, path.c_str(), 0, nullptr, 0, KEY_ALL_ACCESS, nullptr, &key, nullptr);
+        RegCloseKey(key);
+    }
+
     /// The keys that stand on every machine, so that their spelling is not the registration's.
     static void MakeSharedKeys(const std::wstring& classes)
     {
         for (const wchar_t* const name : {L"AppID", L"CLSID", L"Interface", L"TypeLib"})
         {
-            HKEY key = nullptr;
-            RegCreateKeyExW(HKEY_CURRENT_USER,
-                            (classes + L"\\" + name).c_str(),
-                            0,
-                            nullptr,
-                            0,
-                            KEY_ALL_ACCESS,
-                            nullptr,
-                            &key,
-                            nullptr);
-            RegCloseKey(key);
+            MakeKey(classes + L"\\" + name);
         }
     }
 
@@ -176,10 +192,10 @@ protected:
 
 TEST_F(RegistrationTest, TheMachinesRegistrationWritesExactlyItsKeys)
 {
-    const std::wstring classes = m_scratch.Path() + L"\\Root";
+    const std::wstring classes = MachineClasses();
     MakeSharedKeys(classes);
     {
-        const CRedirect root(HKEY_CLASSES_ROOT, classes);
+        const CScratchMachine machine(Machine());
         EXPECT_EQ(RegisterServer(m_data, false), S_OK);
     }
     EXPECT_EQ(Written(classes), Expected());
@@ -187,10 +203,10 @@ TEST_F(RegistrationTest, TheMachinesRegistrationWritesExactlyItsKeys)
 
 TEST_F(RegistrationTest, TheMachinesUnregistrationLeavesNothingOfIt)
 {
-    const std::wstring classes = m_scratch.Path() + L"\\Root";
+    const std::wstring classes = MachineClasses();
     MakeSharedKeys(classes);
     {
-        const CRedirect root(HKEY_CLASSES_ROOT, classes);
+        const CScratchMachine machine(Machine());
         EXPECT_EQ(RegisterServer(m_data, false), S_OK);
         EXPECT_EQ(UnregisterServer(m_data, false), S_OK);
     }
@@ -228,16 +244,16 @@ TEST_F(RegistrationTest, TheUsersUnregistrationLeavesNothingOfIt)
 
 TEST_F(RegistrationTest, UnregisteringWhatIsNotRegisteredSucceeds)
 {
-    const CRedirect root(HKEY_CLASSES_ROOT, m_scratch.Path() + L"\\Root");
+    const CScratchMachine machine(Machine());
     EXPECT_EQ(UnregisterServer(m_data, false), S_OK);
 }
 
 TEST_F(RegistrationTest, UnregisteringTakesInterfacesWhoseLibraryKeyIsGone)
 {
-    const std::wstring classes = m_scratch.Path() + L"\\Root";
+    const std::wstring classes = MachineClasses();
     MakeSharedKeys(classes);
     {
-        const CRedirect root(HKEY_CLASSES_ROOT, classes);
+        const CScratchMachine machine(Machine());
         EXPECT_EQ(RegisterServer(m_data, false), S_OK);
         RegDeleteTreeW(HKEY_CLASSES_ROOT, (std::wstring(L"TypeLib\\") + kLibraryId).c_str());
         EXPECT_EQ(UnregisterServer(m_data, false), S_OK);
@@ -247,11 +263,11 @@ TEST_F(RegistrationTest, UnregisteringTakesInterfacesWhoseLibraryKeyIsGone)
 
 TEST_F(RegistrationTest, APathWithBlanksIsQuoted)
 {
-    const std::wstring classes = m_scratch.Path() + L"\\Root";
+    const std::wstring classes = MachineClasses();
     MakeSharedKeys(classes);
     m_data.file = L"C:\\no such folder\\dtOIEx64.exe";
     {
-        const CRedirect root(HKEY_CLASSES_ROOT, classes);
+        const CScratchMachine machine(Machine());
         RegisterServer(m_data, false);
     }
     EXPECT_EQ(
@@ -261,7 +277,7 @@ TEST_F(RegistrationTest, APathWithBlanksIsQuoted)
 
 TEST_F(RegistrationTest, WithoutATypeLibraryTheRegistrationFails)
 {
-    const CRedirect root(HKEY_CLASSES_ROOT, m_scratch.Path() + L"\\Root");
+    const CScratchMachine machine(Machine());
     m_data.file = L"C:\\nosuchfolder\\dtOIEx64.exe";
     EXPECT_TRUE(FAILED(RegisterServer(m_data, false)));
 }
@@ -275,10 +291,10 @@ TEST_F(RegistrationTest, TheTypeLibraryMayStandBesideTheFile)
     const std::wstring library = std::wstring(folder) + L"dtOIEx64Beside.tlb";
     std::wstring built = L"" DT_BINARY_DIR "/idl/dtOIEx64.tlb";
     ASSERT_NE(CopyFileW((L"Z:" + built).c_str(), library.c_str(), FALSE), FALSE);
-    const std::wstring classes = m_scratch.Path() + L"\\Root";
+    const std::wstring classes = MachineClasses();
     MakeSharedKeys(classes);
     {
-        const CRedirect root(HKEY_CLASSES_ROOT, classes);
+        const CScratchMachine machine(Machine());
         EXPECT_EQ(RegisterServer(m_data, false), S_OK);
     }
     DeleteFileW(library.c_str());
@@ -295,30 +311,40 @@ TEST_F(RegistrationTest, AMissingScriptIsTold)
 {
     constexpr std::array<UINT, 1> kNone = {999};
     m_data.scripts = kNone;
-    const CRedirect root(HKEY_CLASSES_ROOT, m_scratch.Path() + L"\\Root");
+    const CScratchMachine machine(Machine());
     EXPECT_EQ(RegisterServer(m_data, false), HRESULT_FROM_WIN32(ERROR_RESOURCE_NAME_NOT_FOUND));
 }
 
 TEST_F(RegistrationTest, TheMachinesKeysAreDeletedButNotTheClass)
 {
-    const std::wstring machine = m_scratch.Path() + L"\\Machine";
-    const std::wstring classes = machine + L"\\SOFTWARE\\Classes";
+    const std::wstring classes = MachineClasses();
     MakeSharedKeys(classes);
     {
-        const CRedirect machineKey(HKEY_LOCAL_MACHINE, machine);
-        {
-            const CRedirect root(HKEY_CLASSES_ROOT, classes);
-            EXPECT_EQ(RegisterServer(m_data, false), S_OK);
-        }
+        const CScratchMachine machine(Machine());
+        EXPECT_EQ(RegisterServer(m_data, false), S_OK);
         DeleteMachineKeys();
     }
-    const Lines left = Written(classes);
     Lines expected = Expected();
     std::erase_if(expected, [](const std::wstring& line) {
-        return line.find(L"dtOIEx64.") == 0 || line.find(L"AppID\\") == 0 ||
-               line.find(L"TypeLib\\") == 0 || line.find(L"Interface\\") == 0;
+        return line.starts_with(L"dtOIEx64.") || line.starts_with(L"AppID\\") ||
+               line.starts_with(L"TypeLib\\") || line.starts_with(L"Interface\\");
     });
-    EXPECT_EQ(left, expected);
+    EXPECT_EQ(Written(classes), expected);
+}
+
+TEST_F(RegistrationTest, UnregisteringTakesTheInterfacesOfBothViews)
+{
+    const std::wstring classes = MachineClasses();
+    MakeSharedKeys(classes);
+    const std::wstring key = L"Interface\\{BCEDA04E-FDD7-4E90-B0C6-A9653E6B3F58}";
+    MakeKey(classes + L"\\" + key);
+    MakeKey(classes + L"\\Wow6432Node\\" + key);
+    {
+        const CScratchMachine machine(Machine());
+        EXPECT_EQ(UnregisterServer(m_data, false), S_OK);
+    }
+    EXPECT_TRUE(RegistryLines(HKEY_CURRENT_USER, classes + L"\\" + key).empty());
+    EXPECT_TRUE(RegistryLines(HKEY_CURRENT_USER, classes + L"\\Wow6432Node\\" + key).empty());
 }
 
 } // namespace
