@@ -5,6 +5,7 @@
 #include "ModulePath.h"
 #include "Monitor.h"
 #include "MonitorThread.h"
+#include "TimeRecordInvoke.h"
 #include "Trace.h"
 #include "WorkThread.h"
 
@@ -187,12 +188,15 @@ HRESULT CMapiClient::Invoke(DISPID id,
                             EXCEPINFO* exception,
                             UINT* wrongArgument) noexcept
 {
-    return m_dispatch.Invoke(static_cast<IMapiDtClient*>(this),
-                             id,
-                             reserved,
-                             flags,
-                             parameters,
-                             result,
-                             exception,
-                             wrongArgument);
+    const HRESULT hr = m_dispatch.Invoke(static_cast<IMapiDtClient*>(this),
+                                         id,
+                                         reserved,
+                                         flags,
+                                         parameters,
+                                         result,
+                                         exception,
+                                         wrongArgument);
+    return hr == E_NOTIMPL && parameters != nullptr
+               ? InvokeWithTimeRecords(*this, id, *parameters, result, exception)
+               : hr;
 }
