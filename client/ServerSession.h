@@ -82,6 +82,9 @@ public:
 
     CMessagePump& Pump() { return m_pump; }
 
+    /// The server's object; borrowed, and null before Open.
+    [[nodiscard]] IMapiDtClient* Object() const { return m_server.Get(); }
+
 private:
     void OnEvent(const ServerEvent& event);
     CStepResult WaitFor(const std::function<bool()>& done,
