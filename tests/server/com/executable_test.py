@@ -12,7 +12,7 @@ STRINGS = "strings"
 
 # DLLs that every Windows of the last fifteen years has.
 SYSTEM_DLLS = {
-    "advapi32.dll", "kernel32.dll", "msvcrt.dll", "ole32.dll", "oleaut32.dll", "psapi.dll",
+    "advapi32.dll", "kernel32.dll", "msvcrt.dll", "ole32.dll", "oleaut32.dll", "psapi.dll", "shlwapi.dll",
     "shell32.dll", "user32.dll", "userenv.dll", "version.dll", "wtsapi32.dll", "mapi32.dll",
 }
 
