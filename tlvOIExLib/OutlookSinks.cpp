@@ -206,7 +206,12 @@ void EndSubscriptions(std::vector<MAPI_TBLSinkInfo>& sinks)
     {
         if (info.table)
         {
-            (void)UnadviseTable(info.table.Get(), info.connection); // the sink goes in any case
+            // Once more where it fails: a subscription left behind holds the table for good. The sink
+            // goes in any case.
+            if (FAILED(UnadviseTable(info.table.Get(), info.connection)))
+            {
+                (void)UnadviseTable(info.table.Get(), info.connection);
+            }
         }
         info.sink.Reset();
         // No notification comes any more. Those that wait would meet a folder that is gone.
