@@ -28,10 +28,12 @@ struct ABContainerInfo
 ///         as it is; a failure in one container does not stop a walk over others.
 class CABbase
 {
-protected:
-    CABbase() = default;
+public:
     CABbase(const CABbase&) = delete;
     CABbase& operator=(const CABbase&) = delete;
+
+protected:
+    CABbase() = default;
     virtual ~CABbase() = default;
 
     /// Answers 1 when the book is open, else 0.

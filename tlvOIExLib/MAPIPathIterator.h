@@ -10,6 +10,8 @@
 /// Shape:  each place is asked once; there is no way back.
 /// Thread: one.
 /// Errors: a place without a path is passed over and shows in the trace alone.
+// Class and member are named in documents and traces of this system as they stand here.
+// NOLINTNEXTLINE(readability-identifier-naming)
 class MAPIPathIterator
 {
 public:
@@ -22,6 +24,6 @@ private:
     void GetMailClientFromDllPath(HKEY key, bool bDLLEx);
     void GetMAPISystemDir();
 
-    ULONG CurrentSource = 0;
-    WString m_path; ///< the candidate just found
+    ULONG CurrentSource = 0; // NOLINT(readability-identifier-naming)
+    WString m_path;          ///< the candidate just found
 };

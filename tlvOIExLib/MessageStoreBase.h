@@ -11,10 +11,12 @@
 /// Thread: the work thread.
 class CMessageStoreBase
 {
-protected:
-    CMessageStoreBase() = default;
+public:
     CMessageStoreBase(const CMessageStoreBase&) = delete;
     CMessageStoreBase& operator=(const CMessageStoreBase&) = delete;
+
+protected:
+    CMessageStoreBase() = default;
     virtual ~CMessageStoreBase() = default;
 
     /// True when a new session was opened.

@@ -1,107 +1,15 @@
 // From a notification to the task that the work thread runs.
 
 #include <algorithm>
-#include <condition_variable>
-#include <mutex>
 #include <thread>
 
-#include "ContactRecord.h"
 #include "ControllerTest.h"
-#include "MailInterface.h"
-#include "MailRecord.h"
 #include "MAPITableAdviseSink.h"
+#include "RecordingSwitch.h"
 #include "WorkThread.h"
 
 namespace
 {
-
-/// What the work thread asked the mail system, as "operation folder entry instance".
-struct Asked
-{
-    std::mutex lock;
-    std::condition_variable changed;
-    Strings operations;
-    std::vector<IMAPIFolder*> folders;
-
-    void Add(const char* operation,
-             IMAPIFolder* folder,
-             const WString& entry,
-             const WString& instance)
-    {
-        const std::scoped_lock hold(lock);
-        operations.push_back(std::string(operation) + " " +
-                             std::string(entry.begin(), entry.end()) + " " +
-                             std::string(instance.begin(), instance.end()));
-        folders.push_back(folder);
-        changed.notify_all();
-    }
-    Strings WaitFor(std::size_t count)
-    {
-        std::unique_lock hold(lock);
-        changed.wait(hold, [&] { return operations.size() >= count; });
-        return operations;
-    }
-};
-
-Asked* g_asked = nullptr;
-
-/// A mail system that tells nobody anything.
-class CSilentSwitch final : public IMailSwitch
-{
-public:
-    ULONG SendMail(WString, WString, WString, ULONG) override { return 0; }
-    ULONG GetSMTPFromDispName(const WString&, WString&) override { return 0; }
-    ULONG ListAppointment(FILETIME, FILETIME, WString&) override { return 0; }
-    ULONG
-    ListRecurrentInstance(const WString&, const FILETIME*, const FILETIME*, WString&) override
-    {
-        return 0;
-    }
-    ULONG ListRecentEmail(ULONG, const WString&, ULONG, std::vector<MailRecord>&) override
-    {
-        return 0;
-    }
-    ULONG GetAppointment(const WString&, WString&) override { return 0; }
-    ULONG GetPersonalContact(std::vector<ContactRecord>&) override { return 0; }
-    ULONG GetContactDetail(const WString& key, ContactRecord&) override
-    {
-        g_asked->Add("contact deleted", nullptr, L"", key);
-        return 0;
-    }
-    ULONG GetCurProfileInfo(BSTR*) override { return 0; }
-    void ClearDataStore() override {}
-    using IMailSwitch::Init;
-    ULONG Init(ULONG, ULONG) override { return 0; }
-    [[nodiscard]] ULONG GetMailType() const override { return 1; }
-    ULONG GetMsgInfoByTableSink(IMAPIFolder* folder,
-                                const WString& entry,
-                                const WString& instance,
-                                WString&) override
-    {
-        g_asked->Add("appointment", folder, entry, instance);
-        return 0;
-    }
-    ULONG DeleteMsgInfoByTableSink(const WString& instance, WString&) override
-    {
-        g_asked->Add("appointment deleted", nullptr, L"", instance);
-        return 0;
-    }
-    ULONG GetContactInfoByTableSink(IMAPIFolder* folder,
-                                    const WString& entry,
-                                    const WString& instance,
-                                    ContactRecord&) override
-    {
-        g_asked->Add("contact", folder, entry, instance);
-        return 0;
-    }
-    ULONG SearchContacts(const WString&, std::vector<ContactRecord>&, ULONG) override { return 0; }
-    ULONG ResolveContacts(const WString&, std::vector<ContactRecord>&, ULONG) override { return 0; }
-};
-
-std::unique_ptr<IMailSwitch> MakeSilentSwitch() noexcept
-{
-    return std::make_unique<CSilentSwitch>();
-}
 
 /// One row event.
 class CRowEvent final
@@ -149,7 +57,7 @@ protected:
     {
         ControllerTest::SetUp();
         g_asked = &asked;
-        SetMailSwitchFactory(&MakeSilentSwitch);
+        SetMailSwitchFactory(&MakeRecordingSwitch);
         folder = MakeFakeFolder(L"Calendar");
         calendar = CTableSink(new CMAPITableAdviseSink(folder.Get(), 5));
         contacts = CTableSink(new CMAPITableAdviseSink(folder.Get(), 6));
