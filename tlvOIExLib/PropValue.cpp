@@ -1,7 +1,6 @@
 #include "PropValue.h"
 
-#include <string_view>
-
+#include "NarrowText.h"
 #include "PlatformDates.h"
 
 namespace prop
@@ -25,14 +24,7 @@ bool TakeThreadText(const SPropValue* value, WString& text)
     {
         return false;
     }
-    const std::string_view narrow(value->Value.lpszA);
-    const int cb = static_cast<int>(narrow.size());
-    const int cch = MultiByteToWideChar(CP_THREAD_ACP, 0, narrow.data(), cb, nullptr, 0);
-    text.assign(static_cast<std::size_t>(cch), L'\0');
-    if (cch > 0)
-    {
-        MultiByteToWideChar(CP_THREAD_ACP, 0, narrow.data(), cb, text.data(), cch);
-    }
+    text = WidenThreadText(value->Value.lpszA);
     return true;
 }
 

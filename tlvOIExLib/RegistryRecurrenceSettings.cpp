@@ -7,10 +7,7 @@ namespace
 
 constexpr const WCHAR* kDeskToolsKey = L"SOFTWARE\\Talvo\\DeskTools";
 
-/// Set at build time for a site of its own; empty matches no site.
-#ifndef DT_KEEP_ALL_SITE_NAME
-#define DT_KEEP_ALL_SITE_NAME L""
-#endif
+// Set by the build, see DT_KEEP_ALL_SITE_NAME in CMakeLists.txt; empty matches no site.
 constexpr const WCHAR* kDefaultKeepAllSiteName = DT_KEEP_ALL_SITE_NAME;
 
 WString UserText(const WCHAR* valueName)
