@@ -87,15 +87,18 @@ public:
 private:
     using AppointmentMap = std::map<WString, MeetingInfo>;
 
+    // Both locks are recursive: a thread that dies inside an operation comes back from the crash filter
+    // to set the flag and to empty the maps.
+
     // All guarded by m_mapLock.
     AppointmentMap m_appointments;
     std::map<WString, AttendeeInfo> m_addresses;
     std::map<WString, ContactRecord> m_contacts;
     std::map<WString, SeriesRecipients> m_series;
-    mutable std::mutex m_mapLock;
+    mutable std::recursive_mutex m_mapLock;
 
     // Guards all the members below it.
-    mutable std::mutex m_factsLock;
+    mutable std::recursive_mutex m_factsLock;
     WString m_strUserEmail;
     WString m_strStoreName;
     WString m_strRecordKey;

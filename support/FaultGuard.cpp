@@ -3,6 +3,7 @@
 #include <windows.h>
 
 #include <excpt.h>
+#include <malloc.h>
 
 // The compiler has no __try. What the headers offer in its place are two pieces of assembly with fixed
 // labels: one pair a file, in a function that is not inlined and holds no object with a destructor.
@@ -49,5 +50,15 @@ DWORD RunGuarded(void (*work)(void* context), void* context)
 {
     // Touched here once, since the first touch on a thread allocates, which the filter should not.
     t_faultCode = 0;
-    return RunToEnd(work, context) ? 0 : t_faultCode;
+    if (RunToEnd(work, context))
+    {
+        return 0;
+    }
+    const DWORD code = t_faultCode;
+    if (code == EXCEPTION_STACK_OVERFLOW)
+    {
+        // Puts the guard page back, without which the next overflow would end the process.
+        _resetstkoflw();
+    }
+    return code;
 }

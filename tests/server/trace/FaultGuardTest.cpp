@@ -46,6 +46,19 @@ void ThrowCpp(void* /*context*/)
     throw std::runtime_error("through");
 }
 
+/// Goes deeper than any stack reaches.
+int Recurse(int depth)
+{
+    volatile char room[4096];
+    room[0] = static_cast<char>(depth);
+    return depth > 0 ? Recurse(depth - 1) + room[0] : 0;
+}
+
+void OverflowStack(void* context)
+{
+    *static_cast<int*>(context) = Recurse(*static_cast<int*>(context));
+}
+
 void GuardInside(void* context)
 {
     *static_cast<DWORD*>(context) = RunGuarded(WriteForbidden, context);
@@ -95,6 +108,13 @@ TEST(FaultGuard, FaultsCanBeSurvivedAgainAndAgain)
         bool reached = false;
         ASSERT_EQ(RunGuarded(WriteForbidden, &reached), 0xC0000005U);
     }
+}
+
+TEST(FaultGuard, StackOverflowIsSurvivedMoreThanOnce)
+{
+    int depth = 100000000;
+    EXPECT_EQ(RunGuarded(OverflowStack, &depth), 0xC00000FDU);
+    EXPECT_EQ(RunGuarded(OverflowStack, &depth), 0xC00000FDU);
 }
 
 TEST(FaultGuard, CodeOfAnEarlierFaultDoesNotStick)

@@ -73,6 +73,23 @@ TEST_F(WorkQueueingTest, EmptyWakeUpDoesNothing)
     EXPECT_EQ(m_trace.Messages().front(), "3 PushPendingWork tasktype[20]");
 }
 
+TEST_F(WorkQueueingTest, UnknownTypeGoesOnNoListButWakesTheThreadAllTheSame)
+{
+    StartReady();
+    Block();
+    const CHandle semaphore(OpenSemaphoreW(SEMAPHORE_MODIFY_STATE, FALSE, kSemaphoreName));
+
+    Queue(static_cast<TaskType>(23));
+
+    LONG count = 0;
+    EXPECT_NE(ReleaseSemaphore(semaphore.Get(), 1, &count), FALSE);
+    EXPECT_EQ(count, 1);
+    EXPECT_TRUE(m_trace.Has(3, "PushPendingWork tasktype[23]"));
+    Unblock();
+    Flush();
+    EXPECT_EQ(m_trace.Count("PopPendingWork tasktype[23]"), 0U);
+}
+
 TEST_F(WorkQueueingTest, LastOf256PushesWithoutAConsumerTriesFourTimesAndKeepsTheTask)
 {
     StartReady();
