@@ -160,6 +160,14 @@ TEST_F(DtclientTest, AServerThatDiesEndsTheWaitingWithItsCode)
     EXPECT_NE(result.errors.find("\nWhat to do: "), std::string::npos);
 }
 
+TEST_F(DtclientTest, TheWorkedClientOfTheInterfaceReferenceListsADay)
+{
+    const ProgramResult result = RunProgram(BuildPath(L"examples\\listing_client.exe"), L"");
+
+    EXPECT_EQ(result.exitCode, kDone);
+    EXPECT_EQ(result.output, "0x00000000\n<appointments></appointments>\n");
+}
+
 TEST_F(DtclientTest, NoServerIsLeftBehind)
 {
     ASSERT_EQ(Dtclient(L"list " + Window(TestBehaviour::EmptyListing)).exitCode, kDone);

@@ -14,12 +14,11 @@ std::wstring Wide(const std::string& text)
     return std::wstring(text.begin(), text.end());
 }
 
-// Runs a script of this folder in the system's own script host.
-ProgramResult RunScript(const std::wstring& name)
+// Runs a script of the project in the system's own script host.
+ProgramResult RunScript(const std::wstring& path)
 {
     return RunProgram(L"C:\\windows\\system32\\cscript.exe",
-                      L"//nologo \"Z:" + Wide(DT_SOURCE_DIR) + L"/tests/e2e/script/" + name +
-                          L"\"");
+                      L"//nologo \"Z:" + Wide(DT_SOURCE_DIR) + L"/" + path + L"\"");
 }
 
 class ScriptClientTest : public testing::Test
@@ -39,7 +38,7 @@ protected:
 
 TEST_F(ScriptClientTest, AScriptInitializesAndReleasesByName)
 {
-    const ProgramResult result = RunScript(L"late-bound-client.js");
+    const ProgramResult result = RunScript(L"tests/e2e/script/late-bound-client.js");
 
     EXPECT_EQ(result.exitCode, 0U);
     EXPECT_EQ(result.output, "initialized\nreleased\n") << result.errors;
@@ -50,7 +49,7 @@ TEST_F(ScriptClientTest, WhatAScriptCallsReachesTheSameObjectAsOtherClients)
     ASSERT_EQ(m_frame.Result("create"), 0U);
     ASSERT_EQ(m_frame.Result("advise main"), 0U);
 
-    const ProgramResult result = RunScript(L"late-bound-client.js");
+    const ProgramResult result = RunScript(L"tests/e2e/script/late-bound-client.js");
     EXPECT_EQ(result.exitCode, 0U);
 
     // Its ReleaseApp ended the work thread, which the next Initialize makes anew.
@@ -62,7 +61,17 @@ TEST_F(ScriptClientTest, WhatAScriptCallsReachesTheSameObjectAsOtherClients)
 
 TEST_F(ScriptClientTest, AFailedCallRaisesItsCodeInAScript)
 {
-    const ProgramResult result = RunScript(L"bad-mail-type.js");
+    const ProgramResult result = RunScript(L"tests/e2e/script/bad-mail-type.js");
 
     EXPECT_EQ(result.output, "failure 80004005\n") << result.errors;
+}
+
+TEST_F(ScriptClientTest, TheWorkedScriptOfTheInterfaceReferencePrintsTheProfile)
+{
+    const ProgramResult result = RunScript(L"client/example/profile-client.js");
+
+    EXPECT_EQ(result.exitCode, 0U);
+    EXPECT_EQ(result.output,
+              "<CurrentOLProfile><ProfileName><![CDATA[Test]]></ProfileName></CurrentOLProfile>\n")
+        << result.errors;
 }
