@@ -47,9 +47,10 @@ LRESULT CALLBACK CClientMonitor::WndProc(HWND window, UINT message, WPARAM wPara
     {
         monitor->HandleWindowMessage(message, wParam, lParam);
     }
-    catch (const std::bad_alloc&)
+    catch (...)
     {
-        // The event is lost for want of memory; nothing may be thrown through the system's frames.
+        // The event is lost, for want of memory as a rule; nothing may be thrown through the system's
+        // frames.
     }
     return 0;
 }
@@ -89,7 +90,7 @@ void CClientMonitor::HandleWindowMessage(UINT message, WPARAM wParam, LPARAM lPa
 void CClientMonitor::FireText(UINT message, ULONG word, const wchar_t* text)
 {
     const CBstr owner = MakeBstr(text);
-    const BSTR info = owner.Get();
+    wchar_t* const info = owner.Get();
     // The id stays mapped behind the events of listings, single items and recent mail; behind
     // OnListAppointment and the events that carry no id it is unmapped.
     switch (message)
@@ -157,7 +158,7 @@ void CClientMonitor::FireInitialize(ULONG sequence, LONG result)
 void CClientMonitor::FireTrace(const char* text)
 {
     const CBstr owner = MakeBstr(WidenText(text).c_str());
-    const BSTR line = owner.Get();
+    wchar_t* const line = owner.Get();
     FireToAll([=](IMonitorClient& client) { client.Fire_OnTrace(line); });
 }
 

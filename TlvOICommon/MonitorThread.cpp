@@ -58,7 +58,7 @@ void StartClientMonitorThread() noexcept
 void AskClientMonitorThreadToStop() noexcept
 {
     g_bMonitorRun = 0;
-    if (const HANDLE wake = g_wake.load(); wake != nullptr)
+    if (HANDLE wake = g_wake.load(); wake != nullptr)
     {
         SetEvent(wake);
     }
@@ -66,7 +66,7 @@ void AskClientMonitorThreadToStop() noexcept
 
 void CloseClientMonitorThread(DWORD timeoutMs) noexcept
 {
-    const HANDLE thread = g_hMonitorThread.exchange(nullptr);
+    HANDLE thread = g_hMonitorThread.exchange(nullptr);
     if (thread != nullptr)
     {
         WaitForSingleObject(thread, timeoutMs);
@@ -78,7 +78,7 @@ DWORD WINAPI ClientMonitorProc(void*)
 {
     SEND_TRACE(2, kProcName, "ClientMonitorProc");
     IMonitorHost* const host = CClientMonitor::Host();
-    const HANDLE wake = WakeEvent();
+    HANDLE wake = WakeEvent();
     if (host == nullptr || host->IsRegistrationRun() || wake == nullptr)
     {
         return 0;

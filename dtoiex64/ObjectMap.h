@@ -19,4 +19,4 @@ struct ObjectMapEntry
 };
 
 /// Every class of the module.
-extern const std::array<ObjectMapEntry, 1> kObjectMap;
+extern const std::array<ObjectMapEntry, 1> g_objectMap;

@@ -31,7 +31,7 @@ constexpr std::array<const wchar_t*, 2> kInterfaces = {
 /// Empty when the module has no such script.
 std::string ScriptText(HMODULE module, UINT number)
 {
-    const HRSRC found = FindResourceW(module, MAKEINTRESOURCEW(number), L"REGISTRY");
+    HRSRC found = FindResourceW(module, MAKEINTRESOURCEW(number), L"REGISTRY");
     const HGLOBAL loaded = found != nullptr ? LoadResource(module, found) : nullptr;
     const void* const text = loaded != nullptr ? LockResource(loaded) : nullptr;
     return text != nullptr

@@ -20,6 +20,8 @@ void ReleaseThroughModule() noexcept
 
 } // namespace
 
+// The signature is the startup code's.
+// NOLINTNEXTLINE(readability-non-const-parameter)
 int WINAPI wWinMain(HINSTANCE, HINSTANCE, PWSTR commandLine, int showCommand)
 {
     // 1. The sign that the server runs: other programs open the event. Nothing waits on it, and a

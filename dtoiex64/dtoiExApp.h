@@ -29,7 +29,7 @@ public:
     /// Takes the calling thread as the main thread. `commandLine` is the whole one, as
     /// GetCommandLineW gives it. `objects` outlives the module.
     explicit CdtOIEx64Module(std::wstring_view commandLine,
-                             std::span<const ObjectMapEntry> objects = kObjectMap);
+                             std::span<const ObjectMapEntry> objects = g_objectMap);
     CdtOIEx64Module(const CdtOIEx64Module&) = delete;
     CdtOIEx64Module& operator=(const CdtOIEx64Module&) = delete;
     virtual ~CdtOIEx64Module() = default;

@@ -29,7 +29,7 @@ public:
 
     void Reset(HANDLE handle = Empty()) noexcept
     {
-        const HANDLE old = std::exchange(m_handle, handle);
+        HANDLE old = std::exchange(m_handle, handle);
         if (old != Empty())
         {
             const DWORD lastError = GetLastError();

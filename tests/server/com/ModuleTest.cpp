@@ -227,9 +227,9 @@ TEST(Module, ScriptsMayNameTheApplicationId)
 
 TEST(Module, TheClassMapHoldsTheOneClass)
 {
-    ASSERT_EQ(kObjectMap.size(), 1U);
-    EXPECT_EQ(*kObjectMap[0].clsid, CLSID_MapiDtClient);
-    EXPECT_EQ(kObjectMap[0].registryScript, 106U);
+    ASSERT_EQ(g_objectMap.size(), 1U);
+    EXPECT_EQ(*g_objectMap[0].clsid, CLSID_MapiDtClient);
+    EXPECT_EQ(g_objectMap[0].registryScript, 106U);
 }
 
 TEST(ModuleStart, MakesTheWindowAndTheWatchAndTheStopEndsBoth)
