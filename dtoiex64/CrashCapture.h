@@ -25,4 +25,5 @@ void InstallCrashCapture(void (*release)() noexcept) noexcept;
 /// fails is skipped. It allocates as little as it can: its buffers are static, and what it calls of the
 /// trace and of the release is guarded by locks that the dead thread may enter again.
 /// Thread: the crashing one.
+// NOLINTNEXTLINE(bugprone-reserved-identifier): the name by which the filter is known.
 LONG WINAPI _UnhandledExceptionFilter(EXCEPTION_POINTERS* pointers) noexcept;

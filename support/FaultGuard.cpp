@@ -14,7 +14,7 @@ namespace
 
 constexpr DWORD kGccThrow = 0x20474343;
 
-thread_local DWORD t_faultCode;
+thread_local DWORD g_faultCode;
 
 } // namespace
 
@@ -26,7 +26,7 @@ extern "C" __attribute__((used)) LONG CALLBACK FaultGuardFilter(EXCEPTION_POINTE
     {
         return EXCEPTION_CONTINUE_SEARCH;
     }
-    t_faultCode = code;
+    g_faultCode = code;
     return EXCEPTION_EXECUTE_HANDLER;
 }
 
@@ -49,12 +49,12 @@ __attribute__((noinline)) bool RunToEnd(void (*work)(void*), void* context)
 DWORD RunGuarded(void (*work)(void* context), void* context)
 {
     // Touched here once, since the first touch on a thread allocates, which the filter should not.
-    t_faultCode = 0;
+    g_faultCode = 0;
     if (RunToEnd(work, context))
     {
         return 0;
     }
-    const DWORD code = t_faultCode;
+    const DWORD code = g_faultCode;
     if (code == EXCEPTION_STACK_OVERFLOW)
     {
         // Puts the guard page back, without which the next overflow would end the process.

@@ -34,7 +34,7 @@ public:
         }
         const std::size_t length = line.copy(block, kHeartbeatBytes - 1);
         block[length] = '\0';
-        const HWND window = EventWindow();
+        auto* const window = EventWindow();
         if (window == nullptr ||
             PostMessageW(window, WM_EVENT_TRACE, 0, reinterpret_cast<LPARAM>(block)) == FALSE)
         {

@@ -23,7 +23,7 @@ void PostEventText(UINT message, WPARAM wParam, WStringView text, const char* ha
     }
     block[text.size()] = 0;
 
-    const HWND window = EventWindow();
+    auto* const window = EventWindow();
     if (window == nullptr ||
         PostMessageW(window, message, wParam, reinterpret_cast<LPARAM>(block)) == FALSE)
     {
@@ -33,7 +33,7 @@ void PostEventText(UINT message, WPARAM wParam, WStringView text, const char* ha
 
 void PostEventStatus(UINT message, WPARAM wParam, ULONG status) noexcept
 {
-    const HWND window = EventWindow();
+    auto* const window = EventWindow();
     if (window != nullptr)
     {
         PostMessageW(window, message, wParam, static_cast<LPARAM>(status));
