@@ -2,9 +2,9 @@
 
 #include <cstdio>
 
+#include "MailClientEnvironment.h"
 #include "MapiDataStore.h"
 #include "ProcAddress.h"
-#include "RegKey.h"
 #include "StoreText.h"
 
 namespace
@@ -25,91 +25,13 @@ Fn Function(const char* name)
     return function;
 }
 
-std::wstring ProgramFolder()
-{
-    std::wstring path(MAX_PATH, L'\0');
-    path.resize(GetModuleFileNameW(nullptr, path.data(), MAX_PATH));
-    path.resize(path.find_last_of(L'\\'));
-    return path;
-}
-
 std::wstring StoreFolder()
 {
     return ProgramFolder() + L"\\bringup-store";
 }
 
-void SetText(const wchar_t* keyName, const wchar_t* name, const std::wstring& text)
-{
-    CRegKey key;
-    ASSERT_EQ(RegCreateKeyExW(HKEY_LOCAL_MACHINE,
-                              keyName,
-                              0,
-                              nullptr,
-                              0,
-                              KEY_ALL_ACCESS,
-                              nullptr,
-                              key.Put(),
-                              nullptr),
-              ERROR_SUCCESS);
-    ASSERT_EQ(RegSetValueExW(key.Get(),
-                             name,
-                             0,
-                             REG_SZ,
-                             reinterpret_cast<const BYTE*>(text.c_str()),
-                             static_cast<DWORD>((text.size() + 1) * sizeof(wchar_t))),
-              ERROR_SUCCESS);
-}
-
-void Register()
-{
-    // The library lies in the build's root, the tests in a folder below.
-    const std::wstring folder = ProgramFolder();
-    const std::wstring library = folder.substr(0, folder.find_last_of(L'\\')) + L"\\" + kLibrary;
-    SetText(L"Software\\Clients\\Mail", nullptr, L"Microsoft Outlook");
-    SetText(L"Software\\Clients\\Mail\\Microsoft Outlook", L"DLLPathEx", library);
-    SetText(L"Software\\Clients\\Mail\\Microsoft Outlook", L"DLLPath", library);
-    SetText(
-        L"SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\App Paths\\Outlook.exe", nullptr, library);
-}
-
-/// The system's MAPI32.dll reads the registration when it is loaded, which is before the first line
-/// of a program that links it. So the first run of this program registers, and a second one tests.
-class CLibraryEnvironment final : public testing::Environment
-{
-public:
-    void SetUp() override
-    {
-        if (Library() != nullptr)
-        {
-            return;
-        }
-        Register();
-        ASSERT_EQ(GetEnvironmentVariableW(L"DT_LIBRARY_REGISTERED", nullptr, 0), 0U)
-            << "MAPI32.dll did not load the registered library";
-        SetEnvironmentVariableW(L"DT_LIBRARY_REGISTERED", L"1");
-        STARTUPINFOW startup{};
-        startup.cb = sizeof startup;
-        PROCESS_INFORMATION process{};
-        std::wstring commandLine = GetCommandLineW();
-        ASSERT_TRUE(CreateProcessW(nullptr,
-                                   commandLine.data(),
-                                   nullptr,
-                                   nullptr,
-                                   TRUE,
-                                   0,
-                                   nullptr,
-                                   nullptr,
-                                   &startup,
-                                   &process));
-        WaitForSingleObject(process.hProcess, INFINITE);
-        DWORD code = 1;
-        GetExitCodeProcess(process.hProcess, &code);
-        ExitProcess(code);
-    }
-};
-
 [[maybe_unused]] const testing::Environment* const g_environment =
-    testing::AddGlobalTestEnvironment(new CLibraryEnvironment());
+    testing::AddGlobalTestEnvironment(new CMailClientEnvironment(L"..", kLibrary));
 
 } // namespace
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "FakeProviderApi.h"
+#include "MailClientEnvironment.h"
 #include "MapiDataStore.h"
 #include "ProcAddress.h"
 #include "RegKey.h"
@@ -81,58 +82,8 @@ LONG LiveBuffers()
     return ProcAddress<LiveBuffersFn>(Provider(), kLiveBuffersName)();
 }
 
-/// The system's MAPI32.dll reads the registration when it is loaded, which is before the first line
-/// of a program that links it. So the first run of this program registers, and a second one tests.
-class CProviderEnvironment final : public testing::Environment
-{
-public:
-    void SetUp() override
-    {
-        if (Provider() != nullptr)
-        {
-            return;
-        }
-        Register();
-        ASSERT_EQ(GetEnvironmentVariableW(L"DT_PROVIDER_REGISTERED", nullptr, 0), 0U)
-            << "MAPI32.dll did not load the registered library";
-        SetEnvironmentVariableW(L"DT_PROVIDER_REGISTERED", L"1");
-        STARTUPINFOW startup{};
-        startup.cb = sizeof startup;
-        PROCESS_INFORMATION process{};
-        std::wstring commandLine = GetCommandLineW();
-        ASSERT_TRUE(CreateProcessW(nullptr,
-                                   commandLine.data(),
-                                   nullptr,
-                                   nullptr,
-                                   TRUE,
-                                   0,
-                                   nullptr,
-                                   nullptr,
-                                   &startup,
-                                   &process));
-        WaitForSingleObject(process.hProcess, INFINITE);
-        DWORD code = 1;
-        GetExitCodeProcess(process.hProcess, &code);
-        ExitProcess(code);
-    }
-
-private:
-    static void Register()
-    {
-        std::wstring path(MAX_PATH, L'\0');
-        path.resize(GetModuleFileNameW(nullptr, path.data(), MAX_PATH));
-        path.resize(path.find_last_of(L'\\') + 1);
-        path += kFakeProviderFile;
-        const CRegKey clients = MakeKey(HKEY_LOCAL_MACHINE, L"Software\\Clients\\Mail");
-        SetText(clients.Get(), nullptr, L"Microsoft Outlook");
-        const CRegKey client = MakeKey(HKEY_LOCAL_MACHINE, kMailClientKey);
-        SetText(client.Get(), L"DLLPathEx", path);
-        SetText(client.Get(), L"DLLPath", path);
-    }
-};
-
 [[maybe_unused]] const testing::Environment* const g_environment =
-    testing::AddGlobalTestEnvironment(new CProviderEnvironment());
+    testing::AddGlobalTestEnvironment(new CMailClientEnvironment(L"", kFakeProviderFile));
 
 } // namespace
 
@@ -186,10 +137,7 @@ void ControllerTest::TearDown()
 
 std::wstring ControllerTest::ProviderPath(const wchar_t* file)
 {
-    std::wstring path(MAX_PATH, L'\0');
-    path.resize(GetModuleFileNameW(nullptr, path.data(), MAX_PATH));
-    path.resize(path.find_last_of(L'\\') + 1);
-    return path + file;
+    return ProgramFolder() + L"\\" + file;
 }
 
 void ControllerTest::RegisterPath(const wchar_t* valueName, const wchar_t* path, DWORD type)

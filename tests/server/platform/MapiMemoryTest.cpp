@@ -7,6 +7,31 @@
 namespace
 {
 
+/// Whatever mail client is registered where the tests run: its allocator may want to be started.
+/// Without one the system's own serves, and the start is refused.
+class CStartedMapi final : public testing::Environment
+{
+public:
+    void SetUp() override
+    {
+        MAPIINIT_0 start{MAPI_INIT_VERSION, MAPI_MULTITHREAD_NOTIFICATIONS};
+        m_isStarted = MAPIInitialize(&start) == S_OK;
+    }
+    void TearDown() override
+    {
+        if (m_isStarted)
+        {
+            MAPIUninitialize();
+        }
+    }
+
+private:
+    bool m_isStarted = false;
+};
+
+[[maybe_unused]] const testing::Environment* const g_startedMapi =
+    testing::AddGlobalTestEnvironment(new CStartedMapi());
+
 LPSRowSet RowsOf(ULONG count)
 {
     LPSRowSet rows = nullptr;
