@@ -36,34 +36,56 @@ constexpr std::int64_t FloorDiv(std::int64_t value, std::int64_t by) noexcept
     return value / by - (value % by < 0 ? 1 : 0);
 }
 
+/// Day number of 1601-01-01, counted from 0000-03-01, where the formulas below begin their years.
+constexpr std::int64_t kEpochDay = 584694;
+constexpr std::int64_t kDaysPerEra = 146097; // 400 years
+
 /// Days from 1601-01-01 to the given date. `day` may lie outside its month and is simply counted.
 constexpr std::int64_t Day1601FromDate(std::int64_t year,
                                        std::uint32_t month,
                                        std::int64_t day) noexcept
 {
     // Years begin in March here, so that the leap day is the last of its year.
-    const std::int64_t y = year - (month <= 2 ? 1 : 0) - 1600;
-    const std::int64_t era = FloorDiv(y, 400);
-    const std::int64_t yearOfEra = y - era * 400;
-    const std::int64_t monthFromMarch = (month + 9) % 12;
-    const std::int64_t dayOfYear = (153 * monthFromMarch + 2) / 5;
-    const std::int64_t dayOfEra = yearOfEra * 365 + yearOfEra / 4 - yearOfEra / 100 + dayOfYear;
-    constexpr std::int64_t kMarch1Of1600ToEpoch = 306;
-    return era * 146097 + dayOfEra - kMarch1Of1600ToEpoch + day - 1;
+    const std::int64_t marchYear = year - (month <= 2 ? 1 : 0);
+    const std::int64_t era = marchYear >= 0 ? 0 : FloorDiv(marchYear, 400);
+    const auto y = static_cast<std::uint64_t>(marchYear - era * 400);
+    const std::uint32_t monthFromMarch = month <= 2 ? month + 9 : month - 3;
+    const std::uint32_t dayOfYear = (153 * monthFromMarch + 2) / 5;
+    const auto days = static_cast<std::int64_t>(365 * y + y / 4 - y / 100 + y / 400 + dayOfYear);
+    return days + era * kDaysPerEra - kEpochDay + day - 1;
+}
+
+/// The date of a day counted from 0000-03-01, below 2^30.
+///
+/// Multiplications stand for the divisions by the length of a year and of a month: C. Neri and
+/// L. Schneider, "Euclidean affine functions and their application to calendar algorithms", 2022.
+constexpr Date DateFromMarchDay(std::uint32_t day) noexcept
+{
+    const std::uint32_t quarterDays = 4 * day + 3;
+    const std::uint32_t century = quarterDays / 146097;
+    const std::uint32_t dayOfCentury = quarterDays % 146097 / 4;
+    const std::uint64_t years = std::uint64_t{2939745} * (4 * dayOfCentury + 3);
+    const auto yearOfCentury = static_cast<std::uint32_t>(years >> 32);
+    const std::uint32_t dayOfYear = static_cast<std::uint32_t>(years & 0xFFFFFFFF) / 2939745 / 4;
+    const std::uint32_t months = 2141 * dayOfYear + 197913;
+    const bool isNextYear = dayOfYear >= 306; // January or February
+    return {std::int64_t{100} * century + yearOfCentury + (isNextYear ? 1 : 0),
+            (months >> 16) - (isNextYear ? 12 : 0),
+            (months & 0xFFFF) / 2141 + 1};
 }
 
 constexpr Date DateFromDay1601(std::int64_t day1601) noexcept
 {
-    const std::int64_t z = day1601 + 306;
-    const std::int64_t era = FloorDiv(z, 146097);
-    const auto dayOfEra = static_cast<std::uint32_t>(z - era * 146097);
-    const std::uint32_t yearOfEra =
-        (dayOfEra - dayOfEra / 1460 + dayOfEra / 36524 - dayOfEra / 146096) / 365;
-    const std::uint32_t dayOfYear = dayOfEra - (365 * yearOfEra + yearOfEra / 4 - yearOfEra / 100);
-    const std::uint32_t monthFromMarch = (5 * dayOfYear + 2) / 153;
-    const std::uint32_t day = dayOfYear - (153 * monthFromMarch + 2) / 5 + 1;
-    const std::uint32_t month = monthFromMarch < 10 ? monthFromMarch + 3 : monthFromMarch - 9;
-    return {1600 + era * 400 + yearOfEra + (month <= 2 ? 1 : 0), month, day};
+    constexpr std::int64_t kEndOfRange = 1 << 30;
+    const std::int64_t day = day1601 + kEpochDay;
+    if (day >= 0 && day < kEndOfRange)
+    {
+        return DateFromMarchDay(static_cast<std::uint32_t>(day));
+    }
+    const std::int64_t era = FloorDiv(day, kDaysPerEra);
+    Date date = DateFromMarchDay(static_cast<std::uint32_t>(day - era * kDaysPerEra));
+    date.year += era * 400;
+    return date;
 }
 
 /// 0 is Sunday. 1601-01-01 was a Monday.
@@ -75,6 +97,7 @@ constexpr std::uint32_t WeekdayOfDay1601(std::int64_t day1601) noexcept
 static_assert(Day1601FromDate(1601, 1, 1) == 0);
 static_assert(Day1601FromDate(1899, 12, 30) == kVariantEpochDay1601);
 static_assert(WeekdayOfDay1601(0) == 1);
+static_assert(Day1601FromDate(0, 3, 1) == -kEpochDay);
 static_assert(DateFromDay1601(-1).year == 1600 && DateFromDay1601(-1).month == 12 &&
               DateFromDay1601(-1).day == 31);
 

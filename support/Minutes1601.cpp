@@ -5,13 +5,13 @@
 
 std::uint32_t MinutesFromSystemTime(const SYSTEMTIME& time) noexcept
 {
-    FILETIME fileTime{};
-    if (!dates::SystemTimeToFileTime(time, fileTime))
+    if (!dates::IsFileTime(time))
     {
         return 0;
     }
-    const auto ticksPerMinute = static_cast<std::uint64_t>(calendar::kTicksPerMinute);
-    return static_cast<std::uint32_t>(dates::TicksOf(fileTime) / ticksPerMinute);
+    const std::int64_t day = calendar::Day1601FromDate(time.wYear, time.wMonth, time.wDay);
+    return static_cast<std::uint32_t>(day * calendar::kMinutesPerDay + time.wHour * 60 +
+                                      time.wMinute);
 }
 
 SYSTEMTIME SystemTimeFromMinutes(std::uint32_t minutes1601) noexcept

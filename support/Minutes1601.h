@@ -14,6 +14,12 @@
 /// The weekday is filled in.
 [[nodiscard]] SYSTEMTIME SystemTimeFromMinutes(std::uint32_t minutes1601) noexcept;
 
+/// 0 is Sunday: the weekday of SystemTimeFromMinutes alone.
+[[nodiscard]] constexpr std::uint32_t WeekdayOfMinutes(std::uint32_t minutes1601) noexcept
+{
+    return (minutes1601 / 1440 + 1) % 7; // 1601-01-01 was a Monday
+}
+
 /// Months outside 1 to 12 are taken as the rule for the months falls: 30 or 31.
 [[nodiscard]] constexpr std::uint32_t DaysInMonth(std::uint32_t month, std::uint32_t year) noexcept
 {

@@ -15,8 +15,6 @@ using calendar::kTicksPerSecond;
 
 constexpr WORD kFirstFileTimeYear = 1601;
 constexpr WORD kLastFileTimeYear = 30827;
-constexpr WORD kFirstVariantYear = 100;
-constexpr WORD kLastVariantYear = 9999;
 constexpr double kFirstVariantDay = -657434.0; // 0100-01-01
 constexpr double kLastVariantDay = 2958465.0;  // 9999-12-31
 
@@ -137,11 +135,17 @@ bool FileTimeToSystemTime(const FILETIME& fileTime, SYSTEMTIME& time) noexcept
     return true;
 }
 
+bool IsFileTime(const SYSTEMTIME& time) noexcept
+{
+    return time.wYear >= kFirstFileTimeYear && time.wYear <= kLastFileTimeYear &&
+           time.wMonth >= 1 && time.wMonth <= 12 && time.wDay >= 1 &&
+           time.wDay <= DaysInMonth(time.wMonth, time.wYear) && time.wHour <= 23 &&
+           time.wMinute <= 59 && time.wSecond <= 59 && time.wMilliseconds <= 999;
+}
+
 bool SystemTimeToFileTime(const SYSTEMTIME& time, FILETIME& fileTime) noexcept
 {
-    if (time.wYear < kFirstFileTimeYear || time.wYear > kLastFileTimeYear || time.wMonth < 1 ||
-        time.wMonth > 12 || time.wDay < 1 || time.wDay > DaysInMonth(time.wMonth, time.wYear) ||
-        time.wHour > 23 || time.wMinute > 59 || time.wSecond > 59 || time.wMilliseconds > 999)
+    if (!IsFileTime(time))
     {
         return false;
     }
@@ -162,8 +166,7 @@ LONG CompareFileTime(const FILETIME& first, const FILETIME& second) noexcept
 
 bool SystemTimeToVariantTime(const SYSTEMTIME& time, double& variantTime) noexcept
 {
-    if (time.wMonth < 1 || time.wMonth > 12 || time.wDay > 31 || time.wYear < kFirstVariantYear ||
-        time.wYear > kLastVariantYear)
+    if (!IsVariantTime(time))
     {
         return false;
     }

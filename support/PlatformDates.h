@@ -14,6 +14,9 @@ namespace dates
 /// Refuses a count with its highest bit set.
 [[nodiscard]] bool FileTimeToSystemTime(const FILETIME& fileTime, SYSTEMTIME& time) noexcept;
 
+/// Whether SystemTimeToFileTime takes the time.
+[[nodiscard]] bool IsFileTime(const SYSTEMTIME& time) noexcept;
+
 /// Refuses a date that does not exist (29 February of a common year included), a time of day that
 /// does not exist, and years before 1601 or after 30827. The weekday is not looked at.
 [[nodiscard]] bool SystemTimeToFileTime(const SYSTEMTIME& time, FILETIME& fileTime) noexcept;
@@ -32,6 +35,13 @@ namespace dates
 /// of the month before, a day that its month lacks runs on into the next, and so do hours, minutes
 /// and seconds beyond their range.
 [[nodiscard]] bool SystemTimeToVariantTime(const SYSTEMTIME& time, double& variantTime) noexcept;
+
+/// Whether SystemTimeToVariantTime takes the time.
+[[nodiscard]] constexpr bool IsVariantTime(const SYSTEMTIME& time) noexcept
+{
+    return time.wMonth >= 1 && time.wMonth <= 12 && time.wDay <= 31 && time.wYear >= 100 &&
+           time.wYear <= 9999;
+}
 
 /// The way back, rounded to whole seconds, weekday filled in. Refuses what lies outside the years
 /// 100 to 9999.

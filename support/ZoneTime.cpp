@@ -14,8 +14,7 @@ using calendar::kSecondsPerDay;
 /// 0 for what the platform's SystemTimeToVariantTime refuses.
 std::int64_t VariantSecondsOf(const SYSTEMTIME& time) noexcept
 {
-    double ignored = 0;
-    if (!dates::SystemTimeToVariantTime(time, ignored))
+    if (!dates::IsVariantTime(time))
     {
         return 0;
     }
@@ -157,8 +156,7 @@ bool LocalToUtcSystemTime(const SYSTEMTIME& local,
                           const TIME_ZONE_INFORMATION& zone) noexcept
 {
     utc = SYSTEMTIME{};
-    double ignored = 0;
-    if (!dates::SystemTimeToVariantTime(local, ignored))
+    if (!dates::IsVariantTime(local))
     {
         return false;
     }

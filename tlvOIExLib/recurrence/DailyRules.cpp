@@ -11,9 +11,10 @@ constexpr std::uint8_t kEveryDays = 0;
 constexpr std::uint8_t kWorkingDays = 1;
 constexpr std::uint32_t kWorkingDaysFirstDateTime = 8640; // six days in minutes
 
-bool IsWeekend(const SYSTEMTIME& time) noexcept
+bool IsWeekend(std::uint32_t minutes) noexcept
 {
-    return time.wDayOfWeek == 6 || time.wDayOfWeek == 0;
+    const std::uint32_t weekday = WeekdayOfMinutes(minutes);
+    return weekday == 6 || weekday == 0;
 }
 
 } // namespace
@@ -80,7 +81,7 @@ bool CRecurrentRule::ParseWorkDaily(std::uint32_t& outCount, InstanceList& insta
     {
         while (frame.NextRound())
         {
-            if (!IsWeekend(SystemTimeFromMinutes(frame.Day())))
+            if (!IsWeekend(frame.Day()))
             {
                 frame.EmitIfFree();
             }

@@ -4,14 +4,15 @@
 #include <list>
 
 #include "PlatformTypes.h"
+#include "SharedText.h"
 
 /// One instance of a series inside the window.
 struct RecurInstance
 {
     SYSTEMTIME start{}; ///< UTC
     SYSTEMTIME end{};   ///< UTC
-    WString subject;
-    WString location;
+    CSharedText subject;
+    CSharedText location;
     /// Units: minutes since 1601, local to the series. The midnight of its day for a regular
     /// instance, the original start with its time of day for a modified one. Clients see both.
     std::uint32_t subKey = 0;

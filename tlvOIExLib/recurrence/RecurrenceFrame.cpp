@@ -19,8 +19,9 @@ constexpr std::uint8_t kEndNeverOld = 0xFF;
 
 CRecurrenceFrame::CRecurrenceFrame(CRecurrentRule& rule,
                                    InstanceList& instances,
-                                   const char* function) noexcept
-    : m_rule(rule), m_instances(instances), m_function(function), m_clock(rule.m_zInfo)
+                                   const char* function)
+    : m_rule(rule), m_instances(instances), m_function(function), m_clock(rule.m_zInfo),
+      m_subject(rule.m_subject), m_location(rule.m_location)
 {
     m_rule.m_instanceCount = 0;
 }
@@ -73,8 +74,8 @@ void CRecurrenceFrame::AppendModified(const RecurExceptionInfo& info)
     RecurInstance& instance = m_instances.emplace_back();
     instance.start = m_clock.UtcFromMinutes(info.start);
     instance.end = m_clock.UtcFromMinutes(info.end);
-    instance.subject = info.subject;
-    instance.location = info.location;
+    instance.subject = CSharedText(info.subject);
+    instance.location = CSharedText(info.location);
     instance.subKey = info.originalStart;
     instance.hasMeetingType = info.hasMeetingType;
     instance.meetingType = info.meetingType;
@@ -159,8 +160,8 @@ void CRecurrenceFrame::Emit()
     RecurInstance& instance = m_instances.emplace_back();
     instance.start = m_clock.UtcFromMinutes(m_rule.m_tail.startTimeOffset + m_day);
     instance.end = m_clock.UtcFromMinutes(m_rule.m_tail.endTimeOffset + m_day);
-    instance.subject = m_rule.m_subject;
-    instance.location = m_rule.m_location;
+    instance.subject = m_subject;
+    instance.location = m_location;
     instance.subKey = m_day;
     ++m_rule.m_instanceCount;
 }

@@ -18,7 +18,7 @@ class CRecurrenceFrame
 {
 public:
     /// `function` is the handler's full name, for its traces.
-    CRecurrenceFrame(CRecurrentRule& rule, InstanceList& instances, const char* function) noexcept;
+    CRecurrenceFrame(CRecurrentRule& rule, InstanceList& instances, const char* function);
 
     /// Reads the tail and appends the modified instances.
     void Open(std::uint32_t tailArgument);
@@ -67,6 +67,8 @@ private:
     LocalTime m_start;
     LocalTime m_end;
     CTakenSlots m_taken;
+    CSharedText m_subject;  // of all regular instances
+    CSharedText m_location; // likewise
     std::uint32_t m_day = 0;
     std::uint32_t m_lastDay = 0;
     std::uint32_t m_tries = 0;

@@ -18,7 +18,7 @@ public:
               std::uint32_t periodWeeks,
               std::uint32_t startDate) noexcept
         : m_gaps(MakeWeeklyGaps(weekdayMask, periodWeeks)), m_cycleDays(periodWeeks * 7),
-          m_startDate(startDate), m_firstDay(SystemTimeFromMinutes(startDate).wDayOfWeek)
+          m_startDate(startDate), m_firstDay(WeekdayOfMinutes(startDate))
     {
     }
 
@@ -27,7 +27,7 @@ public:
     /// Days from `day` to the next instance day; 0 when `day` is none itself.
     [[nodiscard]] std::uint32_t StepFrom(std::uint32_t day) const noexcept
     {
-        const std::uint32_t weekday = SystemTimeFromMinutes(day).wDayOfWeek;
+        const std::uint32_t weekday = WeekdayOfMinutes(day);
         if (m_gaps[weekday] < 1 || DaysToSameWeek(day, weekday) % m_cycleDays != 0)
         {
             return 0;
