@@ -25,19 +25,44 @@ std::string Hex(HRESULT hr)
     return text;
 }
 
-std::string OneLine(std::wstring_view text)
+std::string OneLine(std::wstring_view text, std::size_t shown)
 {
-    constexpr std::size_t kShown = 400;
-    std::string line = dtclient::Utf8FromWide(text.substr(0, kShown));
+    std::string line = dtclient::Utf8FromWide(text.substr(0, shown));
     for (char& letter : line)
     {
         letter = letter == '\n' || letter == '\r' ? ' ' : letter;
     }
-    if (text.size() > kShown)
+    if (text.size() > shown)
     {
         line += " of " + std::to_string(text.size());
     }
     return line;
+}
+
+// Sets an event that another process waits for, or waits for it; both make it when it is not there.
+HRESULT Signal(const std::wstring& name, bool waits, std::string& value)
+{
+    constexpr DWORD kSignalPatienceMs = 60000;
+    HANDLE signal = CreateEventW(nullptr, TRUE, FALSE, name.c_str());
+    if (signal == nullptr)
+    {
+        return HRESULT_FROM_WIN32(GetLastError());
+    }
+    HRESULT hr = S_OK;
+    if (waits)
+    {
+        // The apartment goes on, so that events and calls still come in.
+        DWORD index = 0;
+        hr = CoWaitForMultipleHandles(0, kSignalPatienceMs, 1, &signal, &index);
+        value = hr == S_OK ? "1" : "0";
+        CloseHandle(signal);
+    }
+    else
+    {
+        // Never closed: the event must outlast whoever has not opened it yet.
+        SetEvent(signal);
+    }
+    return hr;
 }
 
 oiexMapiFileTime SecondsInto2020(unsigned long seconds)
@@ -109,6 +134,15 @@ HRESULT CScriptedClient::RunCommand(const std::vector<std::string>& words, std::
     {
         TerminateProcess(GetCurrentProcess(), 99);
     }
+    if (name == "wholetexts")
+    {
+        m_shown = std::wstring_view::npos;
+        return S_OK;
+    }
+    if (name == "signal" || name == "waitsignal")
+    {
+        return Signal(dtclient::WideFromUtf8(words.at(1)), name == "waitsignal", value);
+    }
     if (name == "onevent")
     {
         m_onEvent = words.at(1);
@@ -135,7 +169,10 @@ HRESULT CScriptedClient::RunCommand(const std::vector<std::string>& words, std::
     }
     if (name == "list")
     {
-        return List(std::strtoul(words.at(1).c_str(), nullptr, 10), value);
+        const char* const seconds = words.size() > 2 ? words[2].c_str() : "86400";
+        return List(std::strtoul(words.at(1).c_str(), nullptr, 10),
+                    std::strtoul(seconds, nullptr, 10),
+                    value);
     }
     if (name == "nulllist")
     {
@@ -220,7 +257,7 @@ void CScriptedClient::OnEvent(const std::string& name,
                               const dtclient::ServerEvent& event)
 {
     Print("event " + name + " " + std::to_string(static_cast<long>(event.id)) + " " +
-          std::to_string(event.number) + " " + OneLine(event.text));
+          std::to_string(event.number) + " " + OneLine(event.text, m_shown));
     const std::string action = std::exchange(m_onEvent, std::string());
     if (action == "release")
     {
@@ -238,10 +275,10 @@ void CScriptedClient::OnEvent(const std::string& name,
     }
 }
 
-HRESULT CScriptedClient::List(unsigned long code, std::string& value)
+HRESULT CScriptedClient::List(unsigned long code, unsigned long seconds, std::string& value)
 {
     oiexMapiFileTime start = SecondsInto2020(code);
-    oiexMapiFileTime end = SecondsInto2020(code + 86400);
+    oiexMapiFileTime end = SecondsInto2020(code + seconds);
     unsigned long sequence = 0;
     const HRESULT hr = m_server->ListAppointment(&start, &end, &sequence);
     value = std::to_string(sequence);
@@ -252,7 +289,7 @@ HRESULT CScriptedClient::Profile(std::string& value)
 {
     CBstr text;
     const HRESULT hr = m_server->GetCurProfileInfo(text.Put());
-    value = text.Get() == nullptr ? "untouched" : OneLine(text.View());
+    value = text.Get() == nullptr ? "untouched" : OneLine(text.View(), m_shown);
     return hr;
 }
 

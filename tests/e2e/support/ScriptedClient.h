@@ -21,7 +21,11 @@
 ///   advise NAME [fail]        a sink; with "fail" it answers every event with E_FAIL
 ///   unadvise NAME
 ///   initialize MAIL TYPE      the value of TYPE "-" is an empty text
-///   list CODE                 a window that begins CODE seconds into 2020; gives the sequence id
+///   list CODE [SECONDS]       a window that begins CODE seconds into 2020 and is a day or SECONDS long;
+///                             gives the sequence id
+///   waitsignal NAME           waits for the event of this name while messages go on; "1" when it came
+///   signal NAME               sets the event of this name
+///   wholetexts                from here on the texts of events are not cut
 ///   nulllist                  a window without a start
 ///   profile                   gives the document, or "untouched"
 ///   empties vtable            all ten methods that do nothing; gives how many answered S_OK
@@ -57,7 +61,7 @@ private:
     HRESULT Create();
     HRESULT Advise(const std::string& name, bool fails);
     HRESULT Unadvise(const std::string& name);
-    HRESULT List(unsigned long code, std::string& value);
+    HRESULT List(unsigned long code, unsigned long seconds, std::string& value);
     HRESULT Profile(std::string& value);
     HRESULT EmptiesByTable(std::string& value);
     HRESULT EmptiesByDispatch(std::string& value);
@@ -70,4 +74,5 @@ private:
     dtclient::CComRef<IConnectionPoint> m_point;
     std::vector<Sink> m_sinks;
     std::string m_onEvent;
+    std::size_t m_shown = 400; ///< Letters of a text that are printed.
 };
