@@ -46,6 +46,8 @@ TEST_F(WorkLoopTest, IdleThreadSendsTheHeartbeatLineToTheClientOnly)
 
 TEST_F(WorkLoopTest, BusyThreadSendsNoHeartbeatUntilItIsFree)
 {
+    SetTraceRoute(nullptr);
+    StartServerTrace();
     Start();
     const CSignal running;
     const CSignal goOn;
@@ -56,16 +58,16 @@ TEST_F(WorkLoopTest, BusyThreadSendsNoHeartbeatUntilItIsFree)
     };
     Queue(TaskType::GetAppointment, 1);
     running.Wait();
-    m_trace.Clear();
 
     // Longer than an idle thread would stay silent, and nothing else runs meanwhile.
-    const CSignal never;
     EXPECT_EQ(MsgWaitForMultipleObjects(0, nullptr, FALSE, 6500, 0), WAIT_TIMEOUT);
-    EXPECT_EQ(m_trace.Count("##dtOIEx##process##exist##"), 0U);
+    EXPECT_TRUE(m_inbox.TakeAll().empty());
 
     goOn.Set();
-    Flush(); // the pass that takes this task comes after the one that renews the mark
-    EXPECT_EQ(m_trace.Count("##dtOIEx##process##exist##"), 1U);
+    EXPECT_EQ(m_inbox.Next().message, static_cast<UINT>(WM_EVENT_GET_APPOINTMENT));
+    EXPECT_EQ(m_inbox.Next().message, static_cast<UINT>(WM_EVENT_TRACE));
+    StopServerTrace();
+    SetTraceRoute(&m_trace);
 }
 
 TEST_F(WorkLoopTest, OneWindowMessageIsPumpedAPass)
