@@ -78,8 +78,16 @@ void CalendarTest::PutStore(const wchar_t* state) const
     const std::wstring made = BuildPath(std::wstring(L"tests\\e2e-calendar\\") + state);
     const std::wstring copy = m_folder + L"\\store.new";
     EXPECT_TRUE(CopyFileW(made.c_str(), copy.c_str(), FALSE));
-    EXPECT_TRUE(
-        MoveFileExW(copy.c_str(), (m_folder + L"\\store.json").c_str(), MOVEFILE_REPLACE_EXISTING));
+    // The mail library may be reading the document at this moment, and nothing signals the end of that.
+    const std::wstring live = m_folder + L"\\store.json";
+    const ULONGLONG end = GetTickCount64() + kPatienceMs;
+    BOOL moved = FALSE;
+    do
+    {
+        moved = MoveFileExW(copy.c_str(), live.c_str(), MOVEFILE_REPLACE_EXISTING);
+        SwitchToThread();
+    } while (moved == 0 && GetTickCount64() < end);
+    EXPECT_TRUE(moved);
 }
 
 void CalendarTest::SetFaults(const wchar_t* plan)
