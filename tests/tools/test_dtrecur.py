@@ -279,6 +279,15 @@ class ShowTest(unittest.TestCase):
         _, from_hex, _ = run("show", "--pattern", WEEKLY)
         self.assertEqual(from_input, from_hex)
 
+    def test_reads_raw_bytes_from_standard_input(self):
+        digits = run("show", "--pattern", DAILY)
+        self.assertEqual(run("show", "--pattern", "-", stdin=bytes.fromhex(DAILY)), digits)
+
+    def test_a_date_alone_is_its_midnight(self):
+        whole = run("show", "--pattern", DAILY, "--from", "2024-01-01T00:00:00", "--to", "2024-01-05T00:00:00")
+        self.assertEqual(whole[0], 0)
+        self.assertEqual(run("show", "--pattern", DAILY, "--from", "2024-01-01", "--to", "2024-01-05"), whole)
+
     def test_a_file_that_is_not_there_is_a_failure(self):
         code, out, err = run("show", "--pattern", "@no-such-file")
         self.assertEqual((code, out), (1, ""))

@@ -22,10 +22,10 @@ inline constexpr const char* kShowHelp =
 usage: dtrecur show --pattern PATTERN [options]
 
   --pattern PATTERN   the recurrence pattern: hexadecimal digits, @FILE for the raw
-                      bytes of a file, - for hexadecimal digits on standard input
+                      bytes of a file, - for either on standard input
   --zone ZONE         the 48-byte time zone, in the same forms; without it local
                       time is UTC
-  --from TIME         window start, UTC, YYYY-MM-DDTHH:MM:SS; default: the day
+  --from TIME         window start, UTC, YYYY-MM-DD[THH:MM:SS]; default: the day
                       before the start date of the series
   --to TIME           window end, UTC; default: a day behind the end of the series,
                       but at most a year behind --from

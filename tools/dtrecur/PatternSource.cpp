@@ -64,7 +64,15 @@ PatternSource ReadPatternSource(const std::string& argument)
 {
     if (argument == "-")
     {
-        return ReadHex(ReadAllInput());
+        // Digits, or else the bytes themselves: no pattern begins with what reads as digits alone.
+        const std::string input = ReadAllInput();
+        PatternSource source = ReadHex(input);
+        if (!source.problem.empty())
+        {
+            source = PatternSource();
+            source.bytes.assign(input.begin(), input.end());
+        }
+        return source;
     }
     if (!argument.empty() && argument.front() == '@')
     {

@@ -12,6 +12,6 @@ struct PatternSource
     bool isUsage = false; ///< whether the argument was wrong, and not a file
 };
 
-/// `argument` is hexadecimal digits, "@FILE" for the raw bytes of a file, or "-" for hexadecimal
-/// digits on standard input. White space between digits is ignored.
+/// `argument` is hexadecimal digits, "@FILE" for the raw bytes of a file, or "-" for either on
+/// standard input. White space between digits is ignored.
 PatternSource ReadPatternSource(const std::string& argument);

@@ -32,8 +32,20 @@ const std::map<std::string, ColorChoice> kColorChoices = {
     {"never", ColorChoice::Never},
 };
 
-std::optional<std::string> CheckTimes(const ShowOptions& options)
+/// A date alone is its midnight.
+void CompleteTime(std::string& time)
 {
+    constexpr std::size_t kDateLength = 10;
+    if (time.size() == kDateLength)
+    {
+        time += "T00:00:00";
+    }
+}
+
+std::optional<std::string> CheckTimes(ShowOptions& options)
+{
+    CompleteTime(options.from);
+    CompleteTime(options.to);
     for (const std::string* time : {&options.from, &options.to})
     {
         if (!time->empty() && !FileTimeOfText(*time).has_value())
