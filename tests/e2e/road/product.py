@@ -11,7 +11,6 @@ import subprocess
 import sys
 import tempfile
 import threading
-import time
 from collections import namedtuple
 from datetime import datetime, timedelta
 
@@ -76,9 +75,13 @@ class Prefix:
     def path(self, name):
         return os.path.join(self.build, name)
 
-    def running(self, name):
-        """Whether a program with this file name runs in the prefix."""
-        return name.lower() in self.run("tasklist").stdout.lower()
+    def processes_end(self, name, verb="waitend"):
+        """Whether every process with this file name ends by itself, or, with "endall", was ended."""
+        watcher = Client(self)
+        try:
+            return watcher.must(f"{verb} {name}") == "1"
+        finally:
+            watcher.close()
 
 
 class Registry:
@@ -149,9 +152,9 @@ class Product:
         return self
 
     def __exit__(self, *error):
-        for client in self.clients:
-            client.close()
-        self._stack.close()
+        while self.clients:
+            self.clients.pop().close()
+        self._stack.close()  # once; later calls find nothing left to do
 
     def _register(self, verb):
         done = self.prefix.run(self.prefix.path(SERVER), verb)
@@ -159,8 +162,7 @@ class Product:
             raise RuntimeError(f"{verb} ended with {done.returncode}")
 
     def _put_back(self):
-        if self.prefix.running(SERVER):
-            self.prefix.run("taskkill", "/F", "/IM", SERVER)
+        self.prefix.processes_end(SERVER, "endall")
         self._register("/UnregServer")
         self.registry.restore()
         self.prefix.run("net", "stop", "RpcSs")
@@ -187,12 +189,8 @@ class Product:
         return client
 
     def wait_for_server_end(self):
-        """Whether the server ends by itself. Wine offers no handle to this side, so it is asked for."""
-        for _ in range(PATIENCE * 2):
-            if not self.prefix.running(SERVER):
-                return True
-            time.sleep(0.5)
-        return False
+        """Whether the server ends by itself."""
+        return self.prefix.processes_end(SERVER)
 
     def ledger(self):
         """Lines of the ledger's last report."""

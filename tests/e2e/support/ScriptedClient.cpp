@@ -6,6 +6,7 @@
 #include <stdexcept>
 
 #include "CalendarTime.h"
+#include "ClientSignals.h"
 #include "WideText.h"
 
 using dtclient::CBstr;
@@ -37,32 +38,6 @@ std::string OneLine(std::wstring_view text, std::size_t shown)
         line += " of " + std::to_string(text.size());
     }
     return line;
-}
-
-// Sets an event that another process waits for, or waits for it; both make it when it is not there.
-HRESULT Signal(const std::wstring& name, bool waits, std::string& value)
-{
-    constexpr DWORD kSignalPatienceMs = 60000;
-    HANDLE signal = CreateEventW(nullptr, TRUE, FALSE, name.c_str());
-    if (signal == nullptr)
-    {
-        return HRESULT_FROM_WIN32(GetLastError());
-    }
-    HRESULT hr = S_OK;
-    if (waits)
-    {
-        // The apartment goes on, so that events and calls still come in.
-        DWORD index = 0;
-        hr = CoWaitForMultipleHandles(0, kSignalPatienceMs, 1, &signal, &index);
-        value = hr == S_OK ? "1" : "0";
-        CloseHandle(signal);
-    }
-    else
-    {
-        // Never closed: the event must outlast whoever has not opened it yet.
-        SetEvent(signal);
-    }
-    return hr;
 }
 
 oiexMapiFileTime SecondsInto2020(unsigned long seconds)
@@ -142,6 +117,10 @@ HRESULT CScriptedClient::RunCommand(const std::vector<std::string>& words, std::
     if (name == "signal" || name == "waitsignal")
     {
         return Signal(dtclient::WideFromUtf8(words.at(1)), name == "waitsignal", value);
+    }
+    if (name == "waitend" || name == "endall")
+    {
+        return EndOfProcesses(dtclient::WideFromUtf8(words.at(1)), name == "endall", value);
     }
     if (name == "onevent")
     {

@@ -25,6 +25,8 @@
 ///                             gives the sequence id
 ///   waitsignal NAME           waits for the event of this name while messages go on; "1" when it came
 ///   signal NAME               sets the event of this name
+///   waitend FILE              waits until every process of this file name has ended; "1" when they did
+///   endall FILE               ends them
 ///   wholetexts                from here on the texts of events are not cut
 ///   nulllist                  a window without a start
 ///   profile                   gives the document, or "untouched"
