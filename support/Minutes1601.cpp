@@ -10,8 +10,8 @@ std::uint32_t MinutesFromSystemTime(const SYSTEMTIME& time) noexcept
         return 0;
     }
     const std::int64_t day = calendar::Day1601FromDate(time.wYear, time.wMonth, time.wDay);
-    return static_cast<std::uint32_t>(day * calendar::kMinutesPerDay + time.wHour * 60 +
-                                      time.wMinute);
+    return static_cast<std::uint32_t>(day * calendar::kMinutesPerDay +
+                                      std::int64_t{time.wHour} * 60 + time.wMinute);
 }
 
 SYSTEMTIME SystemTimeFromMinutes(std::uint32_t minutes1601) noexcept

@@ -74,7 +74,7 @@ std::int64_t SwitchTicks(const SYSTEMTIME& date, std::int64_t year) noexcept
         const std::uint32_t forward =
             (date.wDayOfWeek % 7U + 7U - calendar::WeekdayOfDay1601(first)) % 7U;
         const std::int64_t last = first + DaysInMonth(date.wMonth, static_cast<WORD>(year)) - 1;
-        day = first + forward + 7 * (date.wDay - 1);
+        day = first + forward + std::int64_t{7} * (date.wDay - 1);
         if (day > last)
         {
             day -= 7; // week 5 is the last one
@@ -152,7 +152,7 @@ bool SystemTimeToFileTime(const SYSTEMTIME& time, FILETIME& fileTime) noexcept
     const std::int64_t day = calendar::Day1601FromDate(time.wYear, time.wMonth, time.wDay);
     const std::int64_t seconds = time.wHour * 3600 + time.wMinute * 60 + time.wSecond;
     const std::int64_t ticks =
-        day * kTicksPerDay + seconds * kTicksPerSecond + time.wMilliseconds * 10000;
+        day * kTicksPerDay + seconds * kTicksPerSecond + std::int64_t{time.wMilliseconds} * 10000;
     fileTime = FileTimeOf(static_cast<std::uint64_t>(ticks));
     return true;
 }
