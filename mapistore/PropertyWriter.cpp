@@ -248,7 +248,14 @@ void CPropertyWriter::RemoveId(Json& properties, ULONG id) const
         const std::optional<PropertyKey> key = ReadPropertyKey(member.key(), problem);
         const bool same =
             key && (key->isNamed ? m_names.Find(key->name) == id : PROP_ID(key->tag) == id);
-        member = same ? properties.erase(member) : member + 1;
+        if (same)
+        {
+            member = properties.erase(member);
+        }
+        else
+        {
+            ++member;
+        }
     }
 }
 

@@ -1,0 +1,626 @@
+#include <algorithm>
+#include <functional>
+#include <map>
+#include <thread>
+
+#include "StoreFixture.h"
+
+using namespace mapitest;
+
+namespace
+{
+
+#define DT_WIDEN(text) L##text
+#define DT_WIDE(text) DT_WIDEN(text)
+
+constexpr HRESULT kPlanned = MAPI_E_UNKNOWN_LCID; // no operation answers this by itself
+
+const char* const kItem = R"({ "id": 100, "folder": 4, "class": "IPM.Note",
+  "properties": { "PR_SUBJECT_W": "one", "PR_BODY_W": "text" },
+  "attachments": [ { "properties": { "PR_ATTACH_METHOD": 1, "PR_ATTACH_DATA_BIN": "00" } } ] },
+  { "id": 101, "folder": 4, "class": "IPM.Note", "properties": { "PR_SUBJECT_W": "two" } },
+  { "id": 102, "folder": 4, "class": "IPM.Note", "properties": { "PR_SUBJECT_W": "three" } })";
+
+using Calls = std::map<std::string, std::function<HRESULT()>>;
+
+template <class T>
+void AddProps(Calls& calls, const std::string& name, T* object)
+{
+    calls[name + "::GetLastError"] = [=] { return object->GetLastError(S_OK, 0, nullptr); };
+    calls[name + "::SaveChanges"] = [=] { return object->SaveChanges(0); };
+    calls[name + "::GetProps"] = [=] { return object->GetProps(nullptr, 0, nullptr, nullptr); };
+    calls[name + "::GetPropList"] = [=] { return object->GetPropList(0, nullptr); };
+    calls[name + "::OpenProperty"] = [=] {
+        return object->OpenProperty(0, nullptr, 0, 0, nullptr);
+    };
+    calls[name + "::SetProps"] = [=] { return object->SetProps(0, nullptr, nullptr); };
+    calls[name + "::DeleteProps"] = [=] { return object->DeleteProps(nullptr, nullptr); };
+    calls[name + "::CopyTo"] = [=] {
+        return object->CopyTo(0, nullptr, nullptr, 0, nullptr, nullptr, nullptr, 0, nullptr);
+    };
+    calls[name + "::CopyProps"] = [=] {
+        return object->CopyProps(nullptr, 0, nullptr, nullptr, nullptr, 0, nullptr);
+    };
+    calls[name + "::GetNamesFromIDs"] = [=] {
+        return object->GetNamesFromIDs(nullptr, nullptr, 0, nullptr, nullptr);
+    };
+    calls[name + "::GetIDsFromNames"] = [=] {
+        return object->GetIDsFromNames(0, nullptr, 0, nullptr);
+    };
+}
+
+template <class T>
+void AddContainer(Calls& calls, const std::string& name, T* object)
+{
+    AddProps(calls, name, object);
+    calls[name + "::GetContentsTable"] = [=] { return object->GetContentsTable(0, nullptr); };
+    calls[name + "::GetHierarchyTable"] = [=] { return object->GetHierarchyTable(0, nullptr); };
+    calls[name + "::OpenEntry"] = [=] {
+        return object->OpenEntry(0, nullptr, nullptr, 0, nullptr, nullptr);
+    };
+    calls[name + "::SetSearchCriteria"] = [=] {
+        return object->SetSearchCriteria(nullptr, nullptr, 0);
+    };
+    calls[name + "::GetSearchCriteria"] = [=] {
+        return object->GetSearchCriteria(0, nullptr, nullptr, nullptr);
+    };
+}
+
+template <class T>
+void AddBookContainer(Calls& calls, const std::string& name, T* object)
+{
+    AddContainer(calls, name, object);
+    calls[name + "::CreateEntry"] = [=] { return object->CreateEntry(0, nullptr, 0, nullptr); };
+    calls[name + "::CopyEntries"] = [=] { return object->CopyEntries(nullptr, 0, nullptr, 0); };
+    calls[name + "::DeleteEntries"] = [=] { return object->DeleteEntries(nullptr, 0); };
+    calls[name + "::ResolveNames"] = [=] {
+        return object->ResolveNames(nullptr, 0, nullptr, nullptr);
+    };
+}
+
+void AddTable(Calls& calls, mapi64::IMAPITable* table)
+{
+    const std::string name = "IMAPITable::";
+    calls[name + "GetLastError"] = [=] { return table->GetLastError(S_OK, 0, nullptr); };
+    calls[name + "Advise"] = [=] { return table->Advise(0, nullptr, nullptr); };
+    calls[name + "Unadvise"] = [=] { return table->Unadvise(0); };
+    calls[name + "GetStatus"] = [=] { return table->GetStatus(nullptr, nullptr); };
+    calls[name + "SetColumns"] = [=] { return table->SetColumns(nullptr, 0); };
+    calls[name + "QueryColumns"] = [=] { return table->QueryColumns(0, nullptr); };
+    calls[name + "GetRowCount"] = [=] { return table->GetRowCount(0, nullptr); };
+    calls[name + "SeekRow"] = [=] { return table->SeekRow(0, 0, nullptr); };
+    calls[name + "SeekRowApprox"] = [=] { return table->SeekRowApprox(0, 0); };
+    calls[name + "QueryPosition"] = [=] { return table->QueryPosition(nullptr, nullptr, nullptr); };
+    calls[name + "FindRow"] = [=] { return table->FindRow(nullptr, 0, 0); };
+    calls[name + "Restrict"] = [=] { return table->Restrict(nullptr, 0); };
+    calls[name + "CreateBookmark"] = [=] { return table->CreateBookmark(nullptr); };
+    calls[name + "FreeBookmark"] = [=] { return table->FreeBookmark(0); };
+    calls[name + "SortTable"] = [=] { return table->SortTable(nullptr, 0); };
+    calls[name + "QuerySortOrder"] = [=] { return table->QuerySortOrder(nullptr); };
+    calls[name + "QueryRows"] = [=] { return table->QueryRows(1, 0, nullptr); };
+    calls[name + "Abort"] = [=] { return table->Abort(); };
+    calls[name + "ExpandRow"] = [=] {
+        return table->ExpandRow(0, nullptr, 0, 0, nullptr, nullptr);
+    };
+    calls[name + "CollapseRow"] = [=] { return table->CollapseRow(0, nullptr, 0, nullptr); };
+    calls[name + "WaitForCompletion"] = [=] { return table->WaitForCompletion(0, 0, nullptr); };
+    calls[name + "GetCollapseState"] = [=] {
+        return table->GetCollapseState(0, 0, nullptr, nullptr, nullptr);
+    };
+    calls[name + "SetCollapseState"] = [=] {
+        return table->SetCollapseState(0, 0, nullptr, nullptr);
+    };
+}
+
+void AddStream(Calls& calls, IStream* stream)
+{
+    const std::string name = "IStream::";
+    const LARGE_INTEGER none{};
+    const ULARGE_INTEGER zero{};
+    calls[name + "Read"] = [=] { return stream->Read(nullptr, 0, nullptr); };
+    calls[name + "Write"] = [=] { return stream->Write(nullptr, 0, nullptr); };
+    calls[name + "Seek"] = [=] { return stream->Seek(none, 0, nullptr); };
+    calls[name + "SetSize"] = [=] { return stream->SetSize(zero); };
+    calls[name + "CopyTo"] = [=] { return stream->CopyTo(nullptr, zero, nullptr, nullptr); };
+    calls[name + "Commit"] = [=] { return stream->Commit(0); };
+    calls[name + "Revert"] = [=] { return stream->Revert(); };
+    calls[name + "LockRegion"] = [=] { return stream->LockRegion(zero, zero, 0); };
+    calls[name + "UnlockRegion"] = [=] { return stream->UnlockRegion(zero, zero, 0); };
+    calls[name + "Stat"] = [=] { return stream->Stat(nullptr, 0); };
+    calls[name + "Clone"] = [=] { return stream->Clone(nullptr); };
+}
+
+void AddSession(Calls& calls, mapi64::IMAPISession* session)
+{
+    const std::string name = "IMAPISession::";
+    calls[name + "GetLastError"] = [=] { return session->GetLastError(S_OK, 0, nullptr); };
+    calls[name + "GetMsgStoresTable"] = [=] { return session->GetMsgStoresTable(0, nullptr); };
+    calls[name + "OpenMsgStore"] = [=] {
+        return session->OpenMsgStore(0, 0, nullptr, nullptr, 0, nullptr);
+    };
+    calls[name + "OpenAddressBook"] = [=] {
+        return session->OpenAddressBook(0, nullptr, 0, nullptr);
+    };
+    calls[name + "OpenProfileSection"] = [=] {
+        return session->OpenProfileSection(nullptr, nullptr, 0, nullptr);
+    };
+    calls[name + "GetStatusTable"] = [=] { return session->GetStatusTable(0, nullptr); };
+    calls[name + "OpenEntry"] = [=] {
+        return session->OpenEntry(0, nullptr, nullptr, 0, nullptr, nullptr);
+    };
+    calls[name + "CompareEntryIDs"] = [=] {
+        return session->CompareEntryIDs(0, nullptr, 0, nullptr, 0, nullptr);
+    };
+    calls[name + "Advise"] = [=] { return session->Advise(0, nullptr, 0, nullptr, nullptr); };
+    calls[name + "Unadvise"] = [=] { return session->Unadvise(0); };
+    calls[name + "MessageOptions"] = [=] {
+        return session->MessageOptions(0, 0, nullptr, nullptr);
+    };
+    calls[name + "QueryDefaultMessageOpt"] = [=] {
+        return session->QueryDefaultMessageOpt(nullptr, 0, nullptr, nullptr);
+    };
+    calls[name + "EnumAdrTypes"] = [=] { return session->EnumAdrTypes(0, nullptr, nullptr); };
+    calls[name + "QueryIdentity"] = [=] { return session->QueryIdentity(nullptr, nullptr); };
+    calls[name + "Logoff"] = [=] { return session->Logoff(0, 0, 0); };
+    calls[name + "SetDefaultStore"] = [=] { return session->SetDefaultStore(0, 0, nullptr); };
+    calls[name + "AdminServices"] = [=] { return session->AdminServices(0, nullptr); };
+    calls[name + "ShowForm"] = [=] {
+        return session->ShowForm(0, nullptr, nullptr, nullptr, 0, nullptr, 0, 0, 0, 0, nullptr);
+    };
+    calls[name + "PrepareForm"] = [=] { return session->PrepareForm(nullptr, nullptr, nullptr); };
+}
+
+void AddProfiles(Calls& calls, IProfAdmin* admin)
+{
+    const std::string name = "IProfAdmin::";
+    calls[name + "GetLastError"] = [=] { return admin->GetLastError(S_OK, 0, nullptr); };
+    calls[name + "GetProfileTable"] = [=] { return admin->GetProfileTable(0, nullptr); };
+    calls[name + "CreateProfile"] = [=] { return admin->CreateProfile(nullptr, nullptr, 0, 0); };
+    calls[name + "DeleteProfile"] = [=] { return admin->DeleteProfile(nullptr, 0); };
+    calls[name + "ChangeProfilePassword"] = [=] {
+        return admin->ChangeProfilePassword(nullptr, nullptr, nullptr, 0);
+    };
+    calls[name + "CopyProfile"] = [=] {
+        return admin->CopyProfile(nullptr, nullptr, nullptr, 0, 0);
+    };
+    calls[name + "RenameProfile"] = [=] {
+        return admin->RenameProfile(nullptr, nullptr, nullptr, 0, 0);
+    };
+    calls[name + "SetDefaultProfile"] = [=] { return admin->SetDefaultProfile(nullptr, 0); };
+    calls[name + "AdminServices"] = [=] {
+        return admin->AdminServices(nullptr, nullptr, 0, 0, nullptr);
+    };
+}
+
+void AddStore(Calls& calls, mapi64::IMsgStore* store)
+{
+    const std::string name = "IMsgStore::";
+    AddProps(calls, "IMsgStore", store);
+    calls[name + "Advise"] = [=] { return store->Advise(0, nullptr, 0, nullptr, nullptr); };
+    calls[name + "Unadvise"] = [=] { return store->Unadvise(0); };
+    calls[name + "CompareEntryIDs"] = [=] {
+        return store->CompareEntryIDs(0, nullptr, 0, nullptr, 0, nullptr);
+    };
+    calls[name + "OpenEntry"] = [=] {
+        return store->OpenEntry(0, nullptr, nullptr, 0, nullptr, nullptr);
+    };
+    calls[name + "SetReceiveFolder"] = [=] {
+        return store->SetReceiveFolder(nullptr, 0, 0, nullptr);
+    };
+    calls[name + "GetReceiveFolder"] = [=] {
+        return store->GetReceiveFolder(nullptr, 0, nullptr, nullptr, nullptr);
+    };
+    calls[name + "GetReceiveFolderTable"] = [=] {
+        return store->GetReceiveFolderTable(0, nullptr);
+    };
+    calls[name + "StoreLogoff"] = [=] { return store->StoreLogoff(nullptr); };
+    calls[name + "AbortSubmit"] = [=] { return store->AbortSubmit(0, nullptr, 0); };
+    calls[name + "GetOutgoingQueue"] = [=] { return store->GetOutgoingQueue(0, nullptr); };
+    calls[name + "SetLockState"] = [=] { return store->SetLockState(nullptr, 0); };
+    calls[name + "FinishedMsg"] = [=] { return store->FinishedMsg(0, 0, nullptr); };
+    calls[name + "NotifyNewMail"] = [=] { return store->NotifyNewMail(nullptr); };
+}
+
+void AddFolder(Calls& calls, IMAPIFolder* folder)
+{
+    const std::string name = "IMAPIFolder::";
+    AddContainer(calls, "IMAPIFolder", folder);
+    calls[name + "CreateMessage"] = [=] { return folder->CreateMessage(nullptr, 0, nullptr); };
+    calls[name + "CopyMessages"] = [=] {
+        return folder->CopyMessages(nullptr, nullptr, nullptr, 0, nullptr, 0);
+    };
+    calls[name + "DeleteMessages"] = [=] { return folder->DeleteMessages(nullptr, 0, nullptr, 0); };
+    calls[name + "CreateFolder"] = [=] {
+        return folder->CreateFolder(0, nullptr, nullptr, nullptr, 0, nullptr);
+    };
+    calls[name + "CopyFolder"] = [=] {
+        return folder->CopyFolder(0, nullptr, nullptr, nullptr, nullptr, 0, nullptr, 0);
+    };
+    calls[name + "DeleteFolder"] = [=] { return folder->DeleteFolder(0, nullptr, 0, nullptr, 0); };
+    calls[name + "SetReadFlags"] = [=] { return folder->SetReadFlags(nullptr, 0, nullptr, 0); };
+    calls[name + "GetMessageStatus"] = [=] {
+        return folder->GetMessageStatus(0, nullptr, 0, nullptr);
+    };
+    calls[name + "SetMessageStatus"] = [=] {
+        return folder->SetMessageStatus(0, nullptr, 0, 0, nullptr);
+    };
+    calls[name + "SaveContentsSort"] = [=] { return folder->SaveContentsSort(nullptr, 0); };
+    calls[name + "EmptyFolder"] = [=] { return folder->EmptyFolder(0, nullptr, 0); };
+}
+
+void AddMessage(Calls& calls, IMessage* message)
+{
+    const std::string name = "IMessage::";
+    AddProps(calls, "IMessage", message);
+    calls[name + "GetAttachmentTable"] = [=] { return message->GetAttachmentTable(0, nullptr); };
+    calls[name + "OpenAttach"] = [=] { return message->OpenAttach(0, nullptr, 0, nullptr); };
+    calls[name + "CreateAttach"] = [=] {
+        return message->CreateAttach(nullptr, 0, nullptr, nullptr);
+    };
+    calls[name + "DeleteAttach"] = [=] { return message->DeleteAttach(0, 0, nullptr, 0); };
+    calls[name + "GetRecipientTable"] = [=] { return message->GetRecipientTable(0, nullptr); };
+    calls[name + "ModifyRecipients"] = [=] { return message->ModifyRecipients(0, nullptr); };
+    calls[name + "SubmitMessage"] = [=] { return message->SubmitMessage(0); };
+    calls[name + "SetReadFlag"] = [=] { return message->SetReadFlag(0); };
+}
+
+void AddBook(Calls& calls, mapi64::IAddrBook* book)
+{
+    const std::string name = "IAddrBook::";
+    AddProps(calls, "IAddrBook", book);
+    calls[name + "OpenEntry"] = [=] {
+        return book->OpenEntry(0, nullptr, nullptr, 0, nullptr, nullptr);
+    };
+    calls[name + "CompareEntryIDs"] = [=] {
+        return book->CompareEntryIDs(0, nullptr, 0, nullptr, 0, nullptr);
+    };
+    calls[name + "Advise"] = [=] { return book->Advise(0, nullptr, 0, nullptr, nullptr); };
+    calls[name + "Unadvise"] = [=] { return book->Unadvise(0); };
+    calls[name + "CreateOneOff"] = [=] {
+        return book->CreateOneOff(nullptr, nullptr, nullptr, 0, nullptr, nullptr);
+    };
+    calls[name + "NewEntry"] = [=] {
+        return book->NewEntry(0, 0, 0, nullptr, 0, nullptr, nullptr, nullptr);
+    };
+    calls[name + "ResolveName"] = [=] { return book->ResolveName(0, 0, nullptr, nullptr); };
+    calls[name + "Address"] = [=] { return book->Address(nullptr, nullptr, nullptr); };
+    calls[name + "Details"] = [=] {
+        return book->Details(nullptr, nullptr, nullptr, 0, nullptr, nullptr, nullptr, nullptr, 0);
+    };
+    calls[name + "RecipOptions"] = [=] { return book->RecipOptions(0, 0, nullptr); };
+    calls[name + "QueryDefaultRecipOpt"] = [=] {
+        return book->QueryDefaultRecipOpt(nullptr, 0, nullptr, nullptr);
+    };
+    calls[name + "GetPAB"] = [=] { return book->GetPAB(nullptr, nullptr); };
+    calls[name + "SetPAB"] = [=] { return book->SetPAB(0, nullptr); };
+    calls[name + "GetDefaultDir"] = [=] { return book->GetDefaultDir(nullptr, nullptr); };
+    calls[name + "SetDefaultDir"] = [=] { return book->SetDefaultDir(0, nullptr); };
+    calls[name + "GetSearchPath"] = [=] { return book->GetSearchPath(0, nullptr); };
+    calls[name + "SetSearchPath"] = [=] { return book->SetSearchPath(0, nullptr); };
+    calls[name + "PrepareRecips"] = [=] { return book->PrepareRecips(0, nullptr, nullptr); };
+}
+
+void AddFunctions(Calls& calls)
+{
+    calls["MAPIInitialize"] = [] { return MAPIInitialize(nullptr); };
+    calls["MAPILogonEx"] = [] { return MAPILogonEx(0, nullptr, nullptr, 0, nullptr); };
+    calls["MAPIAdminProfiles"] = [] { return MAPIAdminProfiles(0, nullptr); };
+    calls["MAPIAllocateBuffer"] = [] { return MAPIAllocateBuffer(1, nullptr); };
+    calls["MAPIAllocateMore"] = [] { return MAPIAllocateMore(1, nullptr, nullptr); };
+    calls["MAPIFreeBuffer"] = [] {
+        int nothing = 0;
+        return static_cast<HRESULT>(MAPIFreeBuffer(&nothing));
+    };
+}
+
+std::vector<std::string> ListedOperations()
+{
+    const std::string text =
+        ReadFileText(L"Z:" DT_WIDE(DT_SOURCE_DIR) L"/mapistore/operations.txt");
+    std::vector<std::string> names;
+    for (size_t at = 0; at < text.size();)
+    {
+        const size_t end = text.find('\n', at);
+        const std::string line = text.substr(at, end - at);
+        if (!line.empty() && line[0] != '#')
+        {
+            names.push_back(line);
+        }
+        at = end + 1;
+    }
+    return names;
+}
+
+class FaultTest : public StoreTest
+{
+protected:
+    void SetUp() override
+    {
+        StoreTest::SetUp();
+        WriteDocument(UsualDocument(kItem));
+        Start();
+    }
+    template <class T>
+    CRef<T> BookEntry(const BookRef& book, ULONG type, ULONG64 id)
+    {
+        CRef<T> object;
+        std::string bytes = EntryId(type, bookUid, id);
+        ULONG opened = 0;
+        EXPECT_EQ(book->OpenEntry(32,
+                                  reinterpret_cast<ENTRYID*>(bytes.data()),
+                                  nullptr,
+                                  0,
+                                  &opened,
+                                  object.template PutAs<IUnknown>()),
+                  S_OK);
+        return object;
+    }
+    static void Plan(const std::string& plan)
+    {
+        ASSERT_EQ(MapiStoreSetFaults(plan.c_str()), S_OK) << Report();
+    }
+};
+
+TEST_F(FaultTest, EveryListedOperationCanBeMadeToFail)
+{
+    const FolderRef folder = OpenFolder(4);
+    const MessageRef message = OpenMessage(100);
+    CRef<IAttach> attach;
+    ASSERT_EQ(message->OpenAttach(0, nullptr, MAPI_BEST_ACCESS, attach.Put()), S_OK);
+    const TableRef table = Contents(4);
+    CRef<IStream> stream;
+    ASSERT_EQ(message->OpenProperty(PR_BODY_W, &IID_IStream, 0, 0, stream.PutAs<IUnknown>()), S_OK);
+    BookRef book;
+    ASSERT_EQ(session->OpenAddressBook(0, nullptr, 0, book.PutAs<::IAddrBook>()), S_OK);
+    const auto container = BookEntry<IABContainer>(book, MAPI_ABCONT, 28);
+    const auto list = BookEntry<IDistList>(book, MAPI_DISTLIST, 31);
+    const auto user = BookEntry<IMailUser>(book, MAPI_MAILUSER, 30);
+    CRef<IProfSect> section;
+    ASSERT_EQ(session->OpenProfileSection(nullptr, nullptr, 0, section.Put()), S_OK);
+    CRef<IProfAdmin> admin;
+    ASSERT_EQ(MAPIAdminProfiles(0, admin.Put()), S_OK);
+    Calls calls;
+    AddFunctions(calls);
+    AddProfiles(calls, admin.Get());
+    AddSession(calls, session.Get());
+    AddProps(calls, "IProfSect", section.Get());
+    AddStore(calls, store.Get());
+    AddFolder(calls, folder.Get());
+    AddMessage(calls, message.Get());
+    AddProps(calls, "IAttach", attach.Get());
+    AddBook(calls, book.Get());
+    AddBookContainer(calls, "IABContainer", container.Get());
+    AddBookContainer(calls, "IDistList", list.Get());
+    AddProps(calls, "IMailUser", user.Get());
+    AddTable(calls, table.Get());
+    AddStream(calls, stream.Get());
+    const std::vector<std::string> listed = ListedOperations();
+    ASSERT_GT(listed.size(), 200U);
+    size_t tried = 0;
+    for (const std::string& name : listed)
+    {
+        if (name == "MAPIUninitialize")
+        {
+            continue; // has no status
+        }
+        ASSERT_EQ(calls.count(name), 1U) << name;
+        Plan(name + " every fail MAPI_E_UNKNOWN_LCID");
+        EXPECT_EQ(calls.at(name)(), kPlanned) << name;
+        ++tried;
+    }
+    EXPECT_EQ(tried, calls.size());
+}
+
+TEST_F(FaultTest, CallsAreCountedPerStatement)
+{
+    const TableRef table = Contents(4);
+    Plan("IMAPITable::GetRowCount call 2 fail MAPI_E_BUSY\n"
+         "IMAPITable::GetRowCount calls 4-5 fail E_FAIL; # behind a separator\n"
+         "IMAPITable::GetRowCount from 7 fail 0x80040115");
+    ULONG count = 0;
+    std::vector<HRESULT> got;
+    for (int i = 0; i < 8; ++i)
+    {
+        got.push_back(table->GetRowCount(0, &count));
+    }
+    EXPECT_EQ(got,
+              (std::vector<HRESULT>{S_OK,
+                                    MAPI_E_BUSY,
+                                    S_OK,
+                                    E_FAIL,
+                                    E_FAIL,
+                                    S_OK,
+                                    MAPI_E_NETWORK_ERROR,
+                                    MAPI_E_NETWORK_ERROR}));
+    EXPECT_NE(
+        Report().find("fault applied 2 of 8 calls: IMAPITable::GetRowCount calls 4-5 fail E_FAIL"),
+        std::string::npos)
+        << Report();
+}
+
+TEST_F(FaultTest, RandomShareIsTheSameForTheSameSeed)
+{
+    const TableRef table = Contents(4);
+    const auto run = [&](const char* plan) {
+        Plan(plan);
+        std::string pattern;
+        for (int i = 0; i < 1000; ++i)
+        {
+            ULONG count = 0;
+            pattern += table->GetRowCount(0, &count) == S_OK ? '.' : 'x';
+        }
+        return pattern;
+    };
+    const std::string first = run("IMAPITable::GetRowCount share 10% seed 7 fail E_FAIL");
+    EXPECT_EQ(first, run("IMAPITable::GetRowCount share 10% seed 7 fail E_FAIL"));
+    EXPECT_NE(first, run("IMAPITable::GetRowCount share 10% seed 8 fail E_FAIL"));
+    const auto failed = std::count(first.begin(), first.end(), 'x');
+    EXPECT_GT(failed, 60);
+    EXPECT_LT(failed, 140);
+}
+
+TEST_F(FaultTest, StatementMaySayWhatTheCallIsAbout)
+{
+    const FolderRef top = OpenFolder(3);
+    TableRef hierarchy;
+    ASSERT_EQ(top->GetHierarchyTable(0, hierarchy.PutAs<::IMAPITable>()), S_OK);
+    const TableRef contents = Contents(4);
+    Plan("IMAPITable::GetRowCount(hierarchy) every fail E_FAIL;"
+         "IMessage::GetProps(0x1000001F) every fail E_FAIL;"
+         "IMAPIFolder::OpenEntry(message) every fail E_FAIL");
+    ULONG count = 0;
+    EXPECT_EQ(hierarchy->GetRowCount(0, &count), E_FAIL);
+    EXPECT_EQ(contents->GetRowCount(0, &count), S_OK);
+    const MessageRef message = OpenMessage(100);
+    CTags body{PR_BODY_W};
+    CTags subject{PR_SUBJECT_W};
+    CHeld<SPropValue> values;
+    EXPECT_EQ(message->GetProps(body, 0, &count, values.Put()), E_FAIL);
+    EXPECT_EQ(message->GetProps(subject, 0, &count, values.Put()), S_OK);
+    std::string id = MessageId(100);
+    MessageRef other;
+    EXPECT_EQ(
+        top->OpenEntry(
+            32, reinterpret_cast<ENTRYID*>(id.data()), nullptr, 0, &count, other.PutAs<IUnknown>()),
+        E_FAIL);
+}
+
+TEST_F(FaultTest, BaseInterfaceMeansEveryOneThatHasTheOperation)
+{
+    Plan("IMAPIProp::GetProps every fail E_FAIL");
+    ULONG count = 0;
+    CHeld<SPropValue> values;
+    EXPECT_EQ(OpenMessage(100)->GetProps(nullptr, 0, &count, values.Put()), E_FAIL);
+    EXPECT_EQ(OpenFolder(4)->GetProps(nullptr, 0, &count, values.Put()), E_FAIL);
+    EXPECT_EQ(store->GetProps(nullptr, 0, &count, values.Put()), E_FAIL);
+}
+
+TEST_F(FaultTest, PartialResultsAreCutAsPlanned)
+{
+    const TableRef table = Contents(4);
+    const MessageRef message = OpenMessage(100);
+    Plan("IMAPITable::QueryRows every rows 2\n"
+         "IStream::Read every bytes 3\n"
+         "IMAPIProp::GetProps every error 0x1000001F E_OUTOFMEMORY\n"
+         "IMAPITable::QueryRows every error 0x0037001F MAPI_E_NOT_FOUND");
+    const CRows rows = AllRows(table);
+    ASSERT_EQ(rows.Count(), 2U);
+    EXPECT_EQ(TextColumn(table, PR_SUBJECT_W), (std::vector<std::wstring>{L"<none>", L"<none>"}));
+    CTags tags{PR_BODY_W, PR_SUBJECT_W};
+    ULONG count = 0;
+    CHeld<SPropValue> values;
+    EXPECT_EQ(message->GetProps(tags, 0, &count, values.Put()), MAPI_W_ERRORS_RETURNED);
+    EXPECT_EQ(values[0].Value.err, E_OUTOFMEMORY);
+    EXPECT_EQ(values[1].ulPropTag, PR_SUBJECT_W);
+    CRef<IStream> stream;
+    ASSERT_EQ(message->OpenProperty(PR_BODY_W, &IID_IStream, 0, 0, stream.PutAs<IUnknown>()), S_OK);
+    char bytes[16] = {};
+    ASSERT_EQ(stream->Read(bytes, 8, &count), S_OK);
+    EXPECT_EQ(count, 3U);
+}
+
+TEST_F(FaultTest, GivenStatusReplacesTheOperationsOwn)
+{
+    Plan("IMAPISession::OpenMsgStore every give MAPI_W_ERRORS_RETURNED");
+    std::string id = EntryId(MAPI_STORE, storeUid, 1);
+    StoreRef other;
+    EXPECT_EQ(session->OpenMsgStore(0,
+                                    32,
+                                    reinterpret_cast<ENTRYID*>(id.data()),
+                                    nullptr,
+                                    MAPI_BEST_ACCESS,
+                                    other.PutAs<::IMsgStore>()),
+              MAPI_W_ERRORS_RETURNED);
+    EXPECT_NE(other.Get(), nullptr);
+}
+
+TEST_F(FaultTest, FailedCallEmptiesItsOutParameters)
+{
+    const TableRef table = Contents(4);
+    Plan("IMAPITable::QueryRows every fail E_FAIL; IMAPITable::GetRowCount every fail E_FAIL");
+    ULONG count = 77;
+    EXPECT_EQ(table->GetRowCount(0, &count), E_FAIL);
+    EXPECT_EQ(count, 0U);
+    SRowSet* rows = reinterpret_cast<SRowSet*>(1);
+    EXPECT_EQ(table->QueryRows(5, 0, &rows), E_FAIL);
+    EXPECT_EQ(rows, nullptr);
+}
+
+TEST_F(FaultTest, HangingCallSaysSoAndWaitsToBeTold)
+{
+    const TableRef table = Contents(4);
+    const std::wstring name = L"MapiStore.test" + std::to_wstring(GetCurrentProcessId());
+    HANDLE release = CreateEventW(nullptr, TRUE, FALSE, name.c_str());
+    HANDLE reached = CreateEventW(nullptr, TRUE, FALSE, (name + L".reached").c_str());
+    Plan("IMAPITable::GetRowCount call 1 hang test" + std::to_string(GetCurrentProcessId()));
+    HRESULT hr = E_FAIL;
+    ULONG count = 0;
+    std::thread other([&] {
+        MAPIINIT_0 init{MAPI_INIT_VERSION, 0};
+        MAPIInitialize(&init);
+        hr = table->GetRowCount(0, &count);
+        MAPIUninitialize();
+    });
+    EXPECT_EQ(WaitForSingleObject(reached, INFINITE), WAIT_OBJECT_0);
+    ULONG own = 0;
+    EXPECT_EQ(table->GetRowCount(0, &own), S_OK); // a hanging call holds no lock
+    EXPECT_EQ(own, 3U);
+    SetEvent(release);
+    other.join();
+    EXPECT_EQ(hr, S_OK);
+    EXPECT_EQ(count, 3U);
+    CloseHandle(release);
+    CloseHandle(reached);
+}
+
+TEST_F(FaultTest, WaitMakesTheCallTakeAtLeastSoLong)
+{
+    const TableRef table = Contents(4);
+    Plan("IMAPITable::GetRowCount call 1 wait 60");
+    ULONG count = 0;
+    const ULONGLONG before = GetTickCount64();
+    EXPECT_EQ(table->GetRowCount(0, &count), S_OK);
+    // The tick count moves in steps of up to 16 ms.
+    EXPECT_GE(GetTickCount64() - before, 40U);
+}
+
+TEST_F(FaultTest, PlanThatCannotBeReadIsRefusedWithItsLine)
+{
+    const std::pair<const char*, const char*> kBad[] = {
+        {"IMAPITable::Nothing every fail E_FAIL", "line 1: unknown operation IMAPITable::Nothing"},
+        {"\n\nIMAPITable::Abort sometimes fail E_FAIL", "line 3: expected: every, call N"},
+        {"IMAPITable::Abort call 0 fail E_FAIL", "line 1: expected: every, call N"},
+        {"IMAPITable::Abort calls 5-4 fail E_FAIL", "line 1: expected: every, call N"},
+        {"IMAPITable::Abort share 10 seed 1 fail E_FAIL", "line 1: expected: every, call N"},
+        {"IMAPITable::Abort every explode", "line 1: expected: fail STATUS"},
+        {"IMAPITable::Abort every fail MAPI_E_NO_SUCH", "line 1: expected: fail STATUS"},
+        {"IMAPITable::Abort every crash now", "line 1: unexpected now"}};
+    for (const auto& [plan, text] : kBad)
+    {
+        EXPECT_EQ(MapiStoreSetFaults(plan), E_INVALIDARG) << plan;
+        EXPECT_NE(Report().find(std::string("note fault plan, ") + text), std::string::npos)
+            << plan << "\n"
+            << Report();
+    }
+    const TableRef table = Contents(4);
+    EXPECT_EQ(table->Abort(), S_OK);
+}
+
+TEST_F(FaultTest, PlanOfTheSettingsIsReadFromAFileAndABadOneStopsMapi)
+{
+    Stop();
+    WriteFileText(StorePath() + L"\\plan.txt", "MAPIAdminProfiles every fail E_FAIL\n");
+    ASSERT_EQ(MapiStoreConfigure(L"Faults", (L"@" + StorePath() + L"\\plan.txt").c_str()), S_OK);
+    ASSERT_EQ(MAPIInitialize(nullptr), S_OK);
+    CRef<IProfAdmin> admin;
+    EXPECT_EQ(MAPIAdminProfiles(0, admin.Put()), E_FAIL);
+    MAPIUninitialize();
+    WriteFileText(StorePath() + L"\\plan.txt", "nonsense\n");
+    EXPECT_EQ(MAPIInitialize(nullptr), MAPI_E_UNCONFIGURED);
+    ASSERT_EQ(MapiStoreConfigure(L"Faults", L"@Z:\\nowhere\\plan.txt"), S_OK);
+    EXPECT_EQ(MAPIInitialize(nullptr), MAPI_E_UNCONFIGURED);
+    ASSERT_EQ(MapiStoreConfigure(L"Faults", nullptr), S_OK);
+    Start();
+}
+
+} // namespace
