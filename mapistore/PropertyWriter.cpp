@@ -330,8 +330,9 @@ bool WriteAndRename(const std::wstring& path, std::string_view content)
     // Before the rename: a name must never point at content that is not on the disk.
     good = good && FlushFileBuffers(file) != FALSE;
     CloseHandle(file);
-    // A reader that does not share deletion (a virus scanner, an editor) is soon done.
-    constexpr int kTries = 100;
+    // A reader that does not share deletion (a virus scanner, an editor) is soon done; under Wine 8
+    // any reader is one, since it replaces no file that is open.
+    constexpr int kTries = 500;
     bool renamed = false;
     for (int i = 0; good && !renamed && i < kTries; ++i)
     {

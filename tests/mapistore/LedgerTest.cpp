@@ -18,9 +18,9 @@ protected:
     }
     static bool Readable(const void* address)
     {
-        char byte = 0;
-        SIZE_T cb = 0;
-        return ReadProcessMemory(GetCurrentProcess(), address, &byte, 1, &cb) != FALSE;
+        MEMORY_BASIC_INFORMATION info{};
+        const bool known = VirtualQuery(address, &info, sizeof(info)) != 0;
+        return known && info.State == MEM_COMMIT && (info.Protect & PAGE_NOACCESS) == 0;
     }
 };
 
@@ -56,13 +56,13 @@ TEST_F(LedgerTest, ReportNamesWhatIsLeftAndWhoHandedItOut)
     MAPIINIT_0 init{MAPI_INIT_VERSION, MAPI_MULTITHREAD_NOTIFICATIONS};
     ASSERT_EQ(MAPIInitialize(&init), S_OK);
     LogOn();
-    IMAPITable* leaked = nullptr;
+    mapi64::IMAPITable* leaked = nullptr;
     {
         const FolderRef folder = OpenFolder(4);
         ASSERT_EQ(folder->GetContentsTable(0, reinterpret_cast<::IMAPITable**>(&leaked)), S_OK);
     }
     SRowSet* rows = nullptr;
-    ASSERT_EQ(reinterpret_cast<mapi64::IMAPITable*>(leaked)->QueryRows(5, 0, &rows), S_OK);
+    ASSERT_EQ(leaked->QueryRows(5, 0, &rows), S_OK);
     MAPIFreeBuffer(rows); // the row in it is left
     store.Reset();
     session.Reset();

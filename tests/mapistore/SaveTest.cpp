@@ -70,7 +70,7 @@ protected:
 TEST_F(SaveTest, ChangedPropertyIsWrittenAndTheRestOfTheTextStaysAsItWas)
 {
     const std::string before = ReadDocument();
-    const MessageRef message = OpenMessage(100);
+    MessageRef message = OpenMessage(100);
     SPropValue values[] = {Text(PR_SUBJECT_W, L"Planning \u00e4\u4e2d\U0001F600"),
                            Number(PR_IMPORTANCE, 2)};
     ASSERT_EQ(message->SetProps(2, values, nullptr), S_OK);
@@ -85,6 +85,7 @@ TEST_F(SaveTest, ChangedPropertyIsWrittenAndTheRestOfTheTextStaysAsItWas)
     const size_t other = before.find("{ \"id\": 101");
     EXPECT_EQ(after.substr(after.find("{ \"id\": 101")), before.substr(other));
 
+    message.Reset();
     Restart();
     const MessageRef again = OpenMessage(100);
     EXPECT_EQ(TextProp(again.Get(), PR_SUBJECT_W), L"Planning \u00e4\u4e2d\U0001F600");
@@ -95,7 +96,7 @@ TEST_F(SaveTest, NothingIsWrittenBeforeSaveChanges)
 {
     const std::string before = ReadDocument();
     {
-        const MessageRef message = OpenMessage(100);
+        MessageRef message = OpenMessage(100);
         SPropValue value = Text(PR_SUBJECT_W, L"lost");
         ASSERT_EQ(message->SetProps(1, &value, nullptr), S_OK);
         EXPECT_EQ(TextProp(message.Get(), PR_SUBJECT_W), L"lost");
@@ -106,7 +107,7 @@ TEST_F(SaveTest, NothingIsWrittenBeforeSaveChanges)
 
 TEST_F(SaveTest, RemovedPropertyIsGone)
 {
-    const MessageRef message = OpenMessage(100);
+    MessageRef message = OpenMessage(100);
     CTags tags{PR_SUBJECT_W, PR_COMMENT_W};
     CHeld<SPropProblemArray> problems;
     ASSERT_EQ(message->DeleteProps(tags, problems.Put()), S_OK);
@@ -115,13 +116,15 @@ TEST_F(SaveTest, RemovedPropertyIsGone)
     EXPECT_EQ(problems->aProblem[0].ulIndex, 1U);
     EXPECT_EQ(problems->aProblem[0].scode, MAPI_E_NOT_FOUND);
     ASSERT_EQ(message->SaveChanges(0), S_OK);
+    problems.Reset();
+    message.Reset();
     Restart();
     EXPECT_EQ(TextProp(OpenMessage(100).Get(), PR_SUBJECT_W), L"<none>");
 }
 
 TEST_F(SaveTest, ComputedPropertiesCannotBeSet)
 {
-    const MessageRef message = OpenMessage(100);
+    MessageRef message = OpenMessage(100);
     SPropValue values[] = {Number(PR_OBJECT_TYPE, 1), Number(PR_IMPORTANCE, 2)};
     CHeld<SPropProblemArray> problems;
     ASSERT_EQ(message->SetProps(2, values, problems.Put()), S_OK);
@@ -133,7 +136,7 @@ TEST_F(SaveTest, ComputedPropertiesCannotBeSet)
 
 TEST_F(SaveTest, MessageOpenForReadingCannotBeChanged)
 {
-    const MessageRef message = OpenMessage(100, 0);
+    MessageRef message = OpenMessage(100, 0);
     SPropValue value = Text(PR_SUBJECT_W, L"no");
     EXPECT_EQ(message->SetProps(1, &value, nullptr), MAPI_E_NO_ACCESS);
     EXPECT_EQ(message->SaveChanges(0), MAPI_E_NO_ACCESS);
@@ -146,7 +149,7 @@ TEST_F(SaveTest, MessageOpenForReadingCannotBeChanged)
 
 TEST_F(SaveTest, NewMessageWithEveryTypeIsReadBack)
 {
-    const MessageRef message = NewMessage(4);
+    MessageRef message = NewMessage(4);
     const GUID guid = {1, 2, 3, {4, 5, 6, 7, 8, 9, 10, 11}};
     std::string bytes("\0\xFF\x7F", 3);
     LONG numbers[] = {1, -2};
@@ -181,7 +184,7 @@ TEST_F(SaveTest, NewMessageWithEveryTypeIsReadBack)
     const ULONG64 id = IdOf(message);
     EXPECT_EQ(id, 100000000U);
 
-    const_cast<MessageRef&>(message).Reset();
+    message.Reset();
     Restart();
     const MessageRef again = OpenMessage(id);
     IMessage* read = again.Get();
@@ -203,7 +206,7 @@ TEST_F(SaveTest, NewMessageWithEveryTypeIsReadBack)
 
 TEST_F(SaveTest, NewNameGetsAnIdentifierAndKeepsIt)
 {
-    const MessageRef message = OpenMessage(100);
+    MessageRef message = OpenMessage(100);
     GUID set = {0x00020329, 0, 0, {0xC0, 0, 0, 0, 0, 0, 0, 0x46}};
     wchar_t text[] = L"tlv_meeting_calendar_property";
     MAPINAMEID name{};
@@ -220,7 +223,7 @@ TEST_F(SaveTest, NewNameGetsAnIdentifierAndKeepsIt)
     EXPECT_NE(ReadDocument().find("\"PS_PUBLIC_STRINGS:tlv_meeting_calendar_property\": \"0x"),
               std::string::npos);
     tags.Reset();
-    const_cast<MessageRef&>(message).Reset();
+    message.Reset();
     Restart();
     const MessageRef again = OpenMessage(100);
     ASSERT_EQ(again->GetIDsFromNames(1, names, 0, tags.Put()), S_OK);
@@ -233,7 +236,7 @@ TEST_F(SaveTest, NewNameGetsAnIdentifierAndKeepsIt)
 
 TEST_F(SaveTest, LargeValueGoesIntoAFileNamedByItsContent)
 {
-    const MessageRef message = OpenMessage(100);
+    MessageRef message = OpenMessage(100);
     CRef<IStream> stream;
     ASSERT_EQ(message->OpenProperty(PR_BODY_W,
                                     &IID_IStream,
@@ -249,7 +252,7 @@ TEST_F(SaveTest, LargeValueGoesIntoAFileNamedByItsContent)
     stream.Reset();
     ASSERT_EQ(message->SaveChanges(0), S_OK);
     EXPECT_NE(ReadDocument().find("\"PR_BODY_W\": {"), std::string::npos);
-    const_cast<MessageRef&>(message).Reset();
+    message.Reset();
     Restart();
     const MessageRef again = OpenMessage(100);
     EXPECT_EQ(GetProp(again.Get(), PR_BODY_W)->Value.err, E_OUTOFMEMORY);
@@ -263,7 +266,7 @@ TEST_F(SaveTest, LargeValueGoesIntoAFileNamedByItsContent)
 
 TEST_F(SaveTest, RecipientsAreAddedChangedAndRemoved)
 {
-    const MessageRef message = OpenMessage(100);
+    MessageRef message = OpenMessage(100);
     SPropValue first[] = {Number(PR_RECIPIENT_TYPE, MAPI_TO),
                           Text(PR_DISPLAY_NAME_W, L"Ada"),
                           Text(PR_ADDRTYPE_W, L"SMTP"),
@@ -282,7 +285,7 @@ TEST_F(SaveTest, RecipientsAreAddedChangedAndRemoved)
     ASSERT_EQ(message->ModifyRecipients(MODRECIP_MODIFY, &one), S_OK);
     ASSERT_EQ(message->SaveChanges(KEEP_OPEN_READWRITE), S_OK);
     EXPECT_EQ(TextProp(message.Get(), PR_DISPLAY_BCC_W), L"Bo Ferrand");
-    const_cast<MessageRef&>(message).Reset();
+    message.Reset();
     Restart();
     const MessageRef again = OpenMessage(100);
     TableRef table;
@@ -302,7 +305,7 @@ TEST_F(SaveTest, RecipientsAreAddedChangedAndRemoved)
 
 TEST_F(SaveTest, AttachmentsWithDataAndWithAMessageAreSavedWithTheMessage)
 {
-    const MessageRef message = OpenMessage(100);
+    MessageRef message = OpenMessage(100);
     ULONG number = 9;
     {
         CRef<IAttach> attach;
@@ -335,7 +338,7 @@ TEST_F(SaveTest, AttachmentsWithDataAndWithAMessageAreSavedWithTheMessage)
     }
     ASSERT_EQ(message->SaveChanges(KEEP_OPEN_READWRITE), S_OK);
     EXPECT_EQ(GetProp(message.Get(), PR_HASATTACH)->Value.b, 1);
-    const_cast<MessageRef&>(message).Reset();
+    message.Reset();
     Restart();
     const MessageRef again = OpenMessage(100);
     CRef<IAttach> attach;
@@ -356,8 +359,8 @@ TEST_F(SaveTest, AttachmentsWithDataAndWithAMessageAreSavedWithTheMessage)
 
 TEST_F(SaveTest, DeletedAndMovedMessagesLeaveTheirFolder)
 {
-    const FolderRef calendar = OpenFolder(8);
-    const FolderRef team = OpenFolder(9);
+    FolderRef calendar = OpenFolder(8);
+    FolderRef team = OpenFolder(9);
     std::string first = MessageId(100);
     std::string second = MessageId(101);
     SBinary ids[] = {{32, reinterpret_cast<BYTE*>(first.data())}};
@@ -368,8 +371,8 @@ TEST_F(SaveTest, DeletedAndMovedMessagesLeaveTheirFolder)
     ASSERT_EQ(calendar->CopyMessages(&list, nullptr, team.Get(), 0, nullptr, 0), S_OK);
     ASSERT_EQ(calendar->DeleteMessages(&list, 0, nullptr, 0), S_OK);
     EXPECT_EQ(calendar->DeleteMessages(&list, 0, nullptr, 0), MAPI_W_PARTIAL_COMPLETION);
-    const_cast<FolderRef&>(calendar).Reset();
-    const_cast<FolderRef&>(team).Reset();
+    calendar.Reset();
+    team.Reset();
     Restart();
     EXPECT_TRUE(TextColumn(Contents(8), PR_SUBJECT_W).empty());
     EXPECT_EQ(TextColumn(Contents(9), PR_SUBJECT_W),
@@ -399,11 +402,11 @@ TEST_F(SaveTest, FoldersAreMadeChangedAndDeleted)
     ASSERT_EQ(made->CreateMessage(nullptr, 0, message.Put()), S_OK);
     ASSERT_EQ(message->SaveChanges(0), S_OK);
     message.Reset();
-    const CHeld<SPropValue> id = GetProp(made.Get(), PR_ENTRYID);
+    CHeld<SPropValue> id = GetProp(made.Get(), PR_ENTRYID);
     made.Reset();
     calendar.Reset();
     std::string bytes(reinterpret_cast<char*>(id->Value.bin.lpb), 32);
-    const_cast<CHeld<SPropValue>&>(id).Reset();
+    id.Reset();
     Restart();
     calendar = OpenFolder(8);
     ULONG type = 0;
@@ -430,7 +433,7 @@ TEST_F(SaveTest, FoldersAreMadeChangedAndDeleted)
 
 TEST_F(SaveTest, ChangeMadeMeanwhileByAnotherIsKept)
 {
-    const MessageRef message = OpenMessage(100);
+    MessageRef message = OpenMessage(100);
     std::string document = ReadDocument();
     document.replace(document.find("Room 4"), 6, "Room 5");
     document.replace(document.find("\"Other\""), 7, "\"Third\"");
@@ -446,7 +449,7 @@ TEST_F(SaveTest, ChangeMadeMeanwhileByAnotherIsKept)
 
 TEST_F(SaveTest, SavingWhatAnotherDeletedFails)
 {
-    const MessageRef message = OpenMessage(100);
+    MessageRef message = OpenMessage(100);
     WriteDocument(UsualDocument(""));
     SPropValue value = Text(PR_SUBJECT_W, L"mine");
     ASSERT_EQ(message->SetProps(1, &value, nullptr), S_OK);
@@ -455,7 +458,7 @@ TEST_F(SaveTest, SavingWhatAnotherDeletedFails)
 
 TEST_F(SaveTest, ReadFlagsAreWrittenAtOnce)
 {
-    const MessageRef message = OpenMessage(100);
+    MessageRef message = OpenMessage(100);
     ASSERT_EQ(message->SetReadFlag(CLEAR_READ_FLAG), S_OK);
     EXPECT_NE(ReadDocument().find("\"PR_MESSAGE_FLAGS\": 0"), std::string::npos);
     const FolderRef folder = OpenFolder(8);
@@ -493,7 +496,7 @@ TEST_F(SaveTest, SavedChangesAreToldToTables)
     TableRef table = Contents(8);
     mapi64::Connection connection = 0;
     ASSERT_EQ(table->Advise(fnevTableModified, &sink, &connection), S_OK);
-    const MessageRef message = OpenMessage(100);
+    MessageRef message = OpenMessage(100);
     SPropValue value = Text(PR_SUBJECT_W, L"new");
     ASSERT_EQ(message->SetProps(1, &value, nullptr), S_OK);
     ASSERT_EQ(message->SaveChanges(KEEP_OPEN_READWRITE), S_OK);

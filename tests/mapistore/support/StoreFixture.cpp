@@ -179,7 +179,12 @@ void WriteFileText(const std::wstring& path, const std::string& text)
     DWORD cb = 0;
     WriteFile(file, text.data(), static_cast<DWORD>(text.size()), &cb, nullptr);
     CloseHandle(file);
-    ASSERT_TRUE(MoveFileExW(fresh.c_str(), path.c_str(), MOVEFILE_REPLACE_EXISTING));
+    // Wine replaces no file that somebody has open, and the library may be reading it just now.
+    while (!MoveFileExW(fresh.c_str(), path.c_str(), MOVEFILE_REPLACE_EXISTING))
+    {
+        ASSERT_EQ(GetLastError(), static_cast<DWORD>(ERROR_ACCESS_DENIED));
+        SwitchToThread();
+    }
 }
 
 void StoreTest::SetUp()
