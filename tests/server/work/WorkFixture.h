@@ -22,10 +22,6 @@ public:
     void Set() const { SetEvent(m_event.Get()); }
     /// Fails the test when nobody signals within a minute.
     void Wait() const { EXPECT_EQ(WaitForSingleObject(m_event.Get(), 60000), WAIT_OBJECT_0); }
-    [[nodiscard]] bool IsSet() const
-    {
-        return WaitForSingleObject(m_event.Get(), 0) == WAIT_OBJECT_0;
-    }
 
 private:
     CHandle m_event;
