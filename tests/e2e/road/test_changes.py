@@ -117,6 +117,7 @@ class ChangesTest(road_case.RoadCase):
         product, ids = self.filled(50, faults="IMessage::GetProps call 20 hang middle")
         first = self.listening(product, "one", "two")
         second = self.listening(product, "three")
+        second.must("keepsignal MapiStore.middle.reached")
         sequence = first.ask(FIRST, LAST)
         self.assertEqual(second.must("waitsignal MapiStore.middle.reached"), "1")
 

@@ -22,6 +22,7 @@ class EndsTest(road_case.RoadCase):
         """A client whose listing stands still in the middle until "MapiStore.middle" is signalled."""
         client = product.client()
         client.initialize()
+        client.must("keepsignal MapiStore.middle.reached")
         client.ask(FIRST, LAST)
         self.assertEqual(client.must("waitsignal MapiStore.middle.reached"), "1")
         return client

@@ -40,9 +40,9 @@ HRESULT Signal(const std::wstring& name, bool waits, std::string& value)
     {
         return HRESULT_FROM_WIN32(GetLastError());
     }
+    // Never closed, on either road: the event must outlast whoever has not opened it yet.
     if (!waits)
     {
-        // Never closed: the event must outlast whoever has not opened it yet.
         SetEvent(signal);
         return S_OK;
     }
@@ -50,8 +50,14 @@ HRESULT Signal(const std::wstring& name, bool waits, std::string& value)
     DWORD index = 0;
     const HRESULT hr = CoWaitForMultipleHandles(0, kSignalPatienceMs, 1, &signal, &index);
     value = hr == S_OK ? "1" : "0";
-    CloseHandle(signal);
     return hr;
+}
+
+HRESULT KeepSignal(const std::wstring& name)
+{
+    return CreateEventW(nullptr, TRUE, FALSE, name.c_str()) == nullptr
+               ? HRESULT_FROM_WIN32(GetLastError())
+               : S_OK;
 }
 
 HRESULT EndOfProcesses(const std::wstring& fileName, bool ends, std::string& value)

@@ -114,6 +114,10 @@ HRESULT CScriptedClient::RunCommand(const std::vector<std::string>& words, std::
         m_shown = std::wstring_view::npos;
         return S_OK;
     }
+    if (name == "keepsignal")
+    {
+        return KeepSignal(dtclient::WideFromUtf8(words.at(1)));
+    }
     if (name == "signal" || name == "waitsignal")
     {
         return Signal(dtclient::WideFromUtf8(words.at(1)), name == "waitsignal", value);

@@ -24,6 +24,7 @@
 ///   list CODE [SECONDS]       a window that begins CODE seconds into 2020 and is a day or SECONDS long;
 ///                             gives the sequence id
 ///   waitsignal NAME           waits for the event of this name while messages go on; "1" when it came
+///   keepsignal NAME           makes the event of this name and holds it, before somebody else sets it
 ///   signal NAME               sets the event of this name
 ///   waitend FILE              waits until every process of this file name has ended; "1" when they did
 ///   endall FILE               ends them
