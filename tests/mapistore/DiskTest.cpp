@@ -116,7 +116,8 @@ TEST_F(DiskTest, ChangeOnTheDiskBecomesANotification)
 {
     ASSERT_EQ(MapiStoreConfigure(L"Watch", L"1"), S_OK);
     Start();
-    CRecordingSink sink;
+    // Outlives the test: a notification may still be under way when Unadvise returns.
+    CRecordingSink& sink = *new CRecordingSink;
     TableRef table = Contents(4);
     mapi64::Connection connection = 0;
     ASSERT_EQ(table->Advise(fnevTableModified, &sink, &connection), S_OK);
@@ -135,7 +136,8 @@ TEST_F(DiskTest, WhatAnotherProcessWritesIsHeardOnceAndInOrder)
 {
     ASSERT_EQ(MapiStoreConfigure(L"Watch", L"1"), S_OK);
     Start();
-    CRecordingSink sink;
+    // Outlives the test: a notification may still be under way when Unadvise returns.
+    CRecordingSink& sink = *new CRecordingSink;
     TableRef table = Contents(4);
     CTags columns{PR_SUBJECT_W};
     ASSERT_EQ(table->SetColumns(columns, 0), S_OK);

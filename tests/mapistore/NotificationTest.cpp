@@ -50,7 +50,8 @@ protected:
         return std::string("row\0", 4) + std::string(reinterpret_cast<char*>(&id), sizeof(id));
     }
 
-    CRecordingSink sink;
+    // Outlives the test: a notification may still be under way when Unadvise returns.
+    CRecordingSink& sink = *new CRecordingSink;
     TableRef table;
     mapi64::Connection connection = 0;
 };
@@ -133,7 +134,8 @@ TEST_F(NotificationTest, SinkIsCalledOnAThreadOfTheLibrarysOwn)
 
 TEST_F(NotificationTest, NothingComesAfterUnadvise)
 {
-    CRecordingSink second;
+    // Outlives the test: a notification may still be under way when Unadvise returns.
+    CRecordingSink& second = *new CRecordingSink;
     mapi64::Connection other = 0;
     ASSERT_EQ(table->Advise(fnevTableModified, &second, &other), S_OK);
     ASSERT_EQ(table->Unadvise(connection), S_OK);
@@ -258,7 +260,8 @@ TEST_F(NotificationTest, SinkMayNotUseTheLibraryOnItsThread)
 
 TEST_F(NotificationTest, TableThatGoesWithItsConnectionLeavesItInTheLedger)
 {
-    CRecordingSink second;
+    // Outlives the test: a notification may still be under way when Unadvise returns.
+    CRecordingSink& second = *new CRecordingSink;
     {
         const TableRef other = Contents(8);
         mapi64::Connection number = 0;
@@ -280,7 +283,8 @@ TEST_F(NotificationTest, TableThatGoesWithItsConnectionLeavesItInTheLedger)
 
 TEST_F(NotificationTest, StoreTellsOfObjects)
 {
-    CRecordingSink second;
+    // Outlives the test: a notification may still be under way when Unadvise returns.
+    CRecordingSink& second = *new CRecordingSink;
     mapi64::Connection number = 0;
     ASSERT_EQ(store->Advise(0,
                             nullptr,
@@ -309,7 +313,8 @@ TEST_F(NotificationTest, HierarchyTableTellsOfCountsAndFolders)
     ASSERT_EQ(top->GetHierarchyTable(MAPI_UNICODE, hierarchy.PutAs<::IMAPITable>()), S_OK);
     CTags columns{PR_DISPLAY_NAME_W, PR_CONTENT_COUNT};
     ASSERT_EQ(hierarchy->SetColumns(columns, 0), S_OK);
-    CRecordingSink second;
+    // Outlives the test: a notification may still be under way when Unadvise returns.
+    CRecordingSink& second = *new CRecordingSink;
     mapi64::Connection number = 0;
     ASSERT_EQ(hierarchy->Advise(fnevTableModified, &second, &number), S_OK);
     Change(Item(100, "one"));

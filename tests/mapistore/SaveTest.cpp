@@ -492,7 +492,8 @@ TEST_F(SaveTest, CopyToBringsPropertiesRecipientsAndAttachments)
 
 TEST_F(SaveTest, SavedChangesAreToldToTables)
 {
-    CRecordingSink sink;
+    // Outlives the test: a notification may still be under way when Unadvise returns.
+    CRecordingSink& sink = *new CRecordingSink;
     TableRef table = Contents(8);
     mapi64::Connection connection = 0;
     ASSERT_EQ(table->Advise(fnevTableModified, &sink, &connection), S_OK);

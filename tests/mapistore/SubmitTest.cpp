@@ -94,7 +94,8 @@ protected:
 
 TEST_F(SubmitTest, MailGoesFromTheOutboxToSentItems)
 {
-    CRecordingSink sink;
+    // Outlives the test: a notification may still be under way when Unadvise returns.
+    CRecordingSink& sink = *new CRecordingSink;
     TableRef sent = Contents(6);
     mapi64::Connection connection = 0;
     ASSERT_EQ(sent->Advise(fnevTableModified, &sink, &connection), S_OK);
@@ -139,7 +140,8 @@ TEST_F(SubmitTest, SubmittedMessageCannotBeChangedAnyMore)
 
 TEST_F(SubmitTest, DeleteAfterSubmitLeavesNoCopy)
 {
-    CRecordingSink sink;
+    // Outlives the test: a notification may still be under way when Unadvise returns.
+    CRecordingSink& sink = *new CRecordingSink;
     TableRef outbox = Contents(5);
     const MessageRef message = NewMail();
     mapi64::Connection connection = 0;
