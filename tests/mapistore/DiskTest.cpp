@@ -5,6 +5,7 @@
 #include <set>
 
 #include "RecordingSink.h"
+#include "TestPaths.h"
 
 using namespace mapitest;
 

@@ -3,6 +3,7 @@
 #include <nlohmann/json.hpp>
 
 #include "StoreFixture.h"
+#include "TestPaths.h"
 
 using namespace mapitest;
 

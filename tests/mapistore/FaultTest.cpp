@@ -4,6 +4,7 @@
 #include <thread>
 
 #include "StoreFixture.h"
+#include "TestPaths.h"
 
 using namespace mapitest;
 

@@ -6,6 +6,8 @@
 #include <cstdint>
 #include <fstream>
 
+#include "TestPaths.h"
+
 namespace
 {
 

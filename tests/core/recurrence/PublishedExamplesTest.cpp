@@ -8,6 +8,7 @@
 #include "DateTexts.h"
 #include "NarrowText.h"
 #include "RuleRun.h"
+#include "TestPaths.h"
 #include "ZoneSamples.h"
 
 // Stored patterns in tests/data/recurrence with their instances beside them: the worked examples of

@@ -40,7 +40,7 @@ class EndsTest(road_case.RoadCase):
         self.assert_clean(product)
 
     def test_a_crash_of_the_provider_ends_the_server_with_a_dump_and_com_tells_the_client(self):
-        files = os.path.join(self.prefix.path("wineprefix"), "drive_c", "users", "*", "AppData", "Roaming",
+        files = os.path.join(self.prefix.path(os.environ.get("DT_WINE_PREFIX", "wineprefix")), "drive_c", "users", "*", "AppData", "Roaming",
                              "Talvo Connect", "dtOIEx64.exe.*.dmp")
         for path in glob.glob(files):
             os.unlink(path)

@@ -4,6 +4,7 @@
 
 #include "RemoteClient.h"
 #include "ServerProcesses.h"
+#include "TestPaths.h"
 
 namespace
 {

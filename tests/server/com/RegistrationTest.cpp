@@ -7,6 +7,7 @@
 #include "ModulePath.h"
 #include "RegistryTree.h"
 #include "Resource.h"
+#include "TestPaths.h"
 
 namespace
 {
