@@ -56,6 +56,8 @@ HRESULT CUtil::QueryAllRows(IMAPITable* table,
     {
         (void)table->SortTable(sortOrder, 0);
     }
+    // Set long since behind a hibernate, when the server may be brought up again.
+    const bool wasReleasing = MapiDataStore().IsReleasing();
     for (;;)
     {
         const HRESULT status =
@@ -70,7 +72,7 @@ HRESULT CUtil::QueryAllRows(IMAPITable* table,
         {
             return waited;
         }
-        if (MapiDataStore().IsReleasing())
+        if (!wasReleasing && MapiDataStore().IsReleasing())
         {
             // Nobody waits for the rows any more, and a table that stays busy must not hold up the
             // release.

@@ -15,7 +15,7 @@ class CUtil final
 public:
     /// Sets columns, restriction and sort order where given, their answers ignored, and reads up to
     /// `rowLimit` rows, 0 meaning all. While the table is busy the call waits and asks again, without
-    /// a limit but the release of the mail system. Returns the last status.
+    /// a limit but a release that is asked for meanwhile. Returns the last status.
     static HRESULT QueryAllRows(IMAPITable* table,
                                 SPropTagArray* columns,
                                 SRestriction* restriction,

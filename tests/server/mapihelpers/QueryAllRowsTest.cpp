@@ -131,6 +131,16 @@ TEST_F(QueryAllRowsTest, AReleaseEndsTheWaitForABusyTable)
     EXPECT_EQ(m_table.calls.size(), 2U);
 }
 
+TEST_F(QueryAllRowsTest, AReleaseLongPastEndsNoWait)
+{
+    // Behind a hibernate the server stays silenced, and is brought up again all the same.
+    MapiDataStore().SetReleasing(1);
+    m_table.batches = {{MAPI_E_BUSY, {}}, {MAPI_E_BUSY, {}}};
+
+    EXPECT_EQ(CUtil::QueryAllRows(&m_table, nullptr, nullptr, nullptr, 0, m_rows, 0), S_OK);
+    EXPECT_EQ(m_table.calls.size(), 5U);
+}
+
 TEST_F(QueryAllRowsTest, AnyOtherStatusComesBackAsItIs)
 {
     m_table.batches = {{MAPI_E_NETWORK_ERROR, {}}};
