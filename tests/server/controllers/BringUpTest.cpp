@@ -1,6 +1,9 @@
 // The bring-up from its first line to its last, its result codes, and the way down.
 
+#include <objbase.h>
+
 #include <algorithm>
+#include <thread>
 
 #include "ControllerTest.h"
 #include "MapiDataStore.h"
@@ -58,6 +61,23 @@ TEST_F(BringUpTest, AddressBookOpensBehindTheFirstSubscription)
     const auto opened = std::find(lines.begin(), lines.end(), "3 open address book successful");
     EXPECT_LT(subscribed, opened);
     EXPECT_NE(opened, lines.end());
+    outlook.FreeLib();
+}
+
+TEST_F(BringUpTest, TypeTwoThenOneBringsUpOnceAndSubscribesEachOnce)
+{
+    CTestOutlook outlook;
+
+    EXPECT_EQ(outlook.Init(2), 0U);
+    EXPECT_EQ(outlook.m_CalendarSinks.size(), 0U);
+    EXPECT_EQ(outlook.m_ContactSinks.size(), 1U);
+    EXPECT_TRUE(outlook.m_lpAdrBook);
+    EXPECT_EQ(outlook.Init(1), 0U);
+
+    EXPECT_EQ(outlook.m_CalendarSinks.size(), 1U);
+    EXPECT_EQ(outlook.m_ContactSinks.size(), 1U);
+    EXPECT_EQ(mapi.CountCalls("MAPIInitialize"), 1U);
+    EXPECT_EQ(mapi.CountCalls("IMAPISession::OpenAddressBook(1)"), 1U);
     outlook.FreeLib();
 }
 
@@ -136,6 +156,61 @@ TEST_F(BringUpTest, EachFailureHasItsCodeAndItsLine)
         EXPECT_TRUE(trace.Has(0, row.line));
         EXPECT_EQ(mapi.liveObjects, 0);
     }
+}
+
+TEST_F(BringUpTest, NothingRunsBehindAFailedStep)
+{
+    const struct
+    {
+        const char* operation;
+        ULONG result;
+        const char* lastCall;
+    } rows[] = {
+        {"MAPIInitialize", 0x80080002, "MAPIInitialize"},
+        {"MAPILogonEx", 0x80080004, "MAPILogonEx"},
+        {"IMAPISession::QueryIdentity", 0x80080004, "IMAPISession::QueryIdentity"},
+        {"IMAPISession::OpenMsgStore", 0x80080004, "StoresTable::Release"},
+    };
+    for (const auto& row : rows)
+    {
+        SCOPED_TRACE(row.operation);
+        mapi.answers = {{row.operation, {E_FAIL}}};
+        mapi.calls.clear();
+        CTestOutlook outlook;
+
+        EXPECT_EQ(outlook.Init(1), row.result);
+
+        EXPECT_EQ(outlook.m_hrInit, row.result);
+        EXPECT_EQ(mapi.calls.back(), row.lastCall);
+        outlook.FreeLib();
+    }
+}
+
+TEST_F(BringUpTest, NoDefaultStoreInTheTableFailsTheBringUp)
+{
+    mapi.stores = {{{PR_ENTRYID, BinaryBlock{1}}, {PR_DEFAULT_STORE, false}}};
+    CTestOutlook outlook;
+
+    EXPECT_EQ(outlook.Init(1), 0x80080004U);
+
+    EXPECT_TRUE(trace.Has(0, "Get default message store failed"));
+    EXPECT_EQ(mapi.CountCalls("IMAPISession::OpenMsgStore"), 0U);
+    outlook.FreeLib();
+}
+
+TEST_F(BringUpTest, StatusIsReadyFromTheLogonOn)
+{
+    CTestOutlook outlook;
+    ULONG atLogon = 7;
+    ULONG atIdentity = 7;
+    mapi.actions["MAPILogonEx"] = [&] { atLogon = outlook.m_hrInit; };
+    mapi.actions["IMAPISession::QueryIdentity"] = [&] { atIdentity = outlook.m_hrInit; };
+
+    EXPECT_EQ(outlook.Init(1), 0U);
+
+    EXPECT_EQ(atLogon, 1U) << "the first logon begins with a logoff";
+    EXPECT_EQ(atIdentity, 0U);
+    outlook.FreeLib();
 }
 
 TEST_F(BringUpTest, FailedStepsBehindTheStoreDoNotReachTheResult)
@@ -251,6 +326,22 @@ TEST_F(BringUpTest, InitializeAsksForNotificationsOnAThreadOfTheirOwn)
 
     EXPECT_EQ(mapi.initializeFlags, 1U);
     outlook.FreeLib();
+}
+
+TEST_F(BringUpTest, ComIsLeftToTheLibraryToInitialize)
+{
+    HRESULT apartment = S_OK;
+    std::thread([&apartment] {
+        CTestOutlook outlook;
+        outlook.Init(1);
+        APTTYPE type{};
+        APTTYPEQUALIFIER qualifier{};
+        apartment = CoGetApartmentType(&type, &qualifier);
+        outlook.FreeLib();
+    }).join();
+
+    EXPECT_EQ(mapi.CountCalls("MAPIInitialize"), 1U);
+    EXPECT_EQ(apartment, CO_E_NOTINITIALIZED);
 }
 
 TEST_F(BringUpTest, EveryLineOfAGoodBringUpInItsOrder)

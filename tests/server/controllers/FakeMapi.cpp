@@ -50,6 +50,7 @@ public:
 
     HRESULT STDMETHODCALLTYPE SetColumns(SPropTagArray* tags, ULONG) override
     {
+        NoteTags("SetColumns", *tags);
         const HRESULT answer = Enter("SetColumns");
         if (SUCCEEDED(answer))
         {
@@ -82,9 +83,10 @@ public:
         return Enter("WaitForCompletion");
     }
 
-    HRESULT STDMETHODCALLTYPE QueryRows(LONG limit, ULONG, SRowSet** rows) override
+    HRESULT STDMETHODCALLTYPE QueryRows(LONG limit, ULONG flags, SRowSet** rows) override
     {
         *rows = nullptr;
+        NoteFlags("QueryRows", flags);
         const HRESULT answer = Enter("QueryRows");
         if (FAILED(answer))
         {

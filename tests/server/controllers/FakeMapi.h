@@ -60,6 +60,13 @@ struct FakeMapi
     std::vector<FakeFolderNode> folders; ///< below the IPM subtree
     FakeContainerNode addressBook;       ///< the root
 
+    // How it answers where a status alone does not tell.
+    ULONG identityBytes = 4;       ///< of the identifier of the session's user
+    bool opensUser = true;         ///< whether a success of OpenEntry comes with the user
+    HRESULT userStatus = S_OK;     ///< what GetProps of the user answers beside all its values
+    ULONG userValues = 7;          ///< how many values GetProps of the user speaks of
+    bool hasErrorComponent = true; ///< whether GetLastError names the part that failed
+
     // What has to fail: a status by operation ("IMsgStore::OpenEntry"), taken once for each entry.
     // An operation with an empty list succeeds; S_OK in a list lets one call through.
     std::map<std::string, std::vector<HRESULT>> answers;
@@ -68,7 +75,11 @@ struct FakeMapi
 
     // What was called.
     std::vector<std::string> calls;
+    /// Flags and tags of the last call of an operation, where it has them.
+    std::map<std::string, ULONG> flags;
+    std::map<std::string, std::vector<ULONG>> tags;
     ULONG openStoreFlags = 0;
+    BinaryBlock openStoreId;
     ULONG logonFlags = 0;
     std::wstring logonProfile;
     ULONG initializeFlags = 0xFFFFFFFF;

@@ -106,6 +106,15 @@ protected:
     {
         return g_fakeMapi->Enter(m_name + "::" + method);
     }
+    void NoteFlags(const char* method, ULONG flags) const
+    {
+        g_fakeMapi->flags[m_name + "::" + method] = flags;
+    }
+    void NoteTags(const char* method, const SPropTagArray& tags) const
+    {
+        g_fakeMapi->tags[m_name + "::" + method].assign(tags.aulPropTag,
+                                                        tags.aulPropTag + tags.cValues);
+    }
 
 private:
     std::string m_name;

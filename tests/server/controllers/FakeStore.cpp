@@ -177,10 +177,12 @@ public:
     CFakeStore() : CFakeObject("IMsgStore") {}
 
     HRESULT STDMETHODCALLTYPE GetProps(SPropTagArray* tags,
-                                       ULONG,
+                                       ULONG flags,
                                        ULONG* count,
                                        SPropValue** values) override
     {
+        NoteFlags("GetProps", flags);
+        NoteTags("GetProps", *tags);
         const HRESULT answer = Enter("GetProps");
         return FAILED(answer) ? answer
                               : AnswerGetProps(g_fakeMapi->storeProps, tags, count, values);
@@ -189,11 +191,12 @@ public:
     HRESULT STDMETHODCALLTYPE OpenEntry(ULONG cbEntryId,
                                         ENTRYID* entryId,
                                         LPCIID,
-                                        ULONG,
+                                        ULONG flags,
                                         ULONG* objectType,
                                         IUnknown** object) override
     {
         *object = nullptr;
+        NoteFlags("OpenEntry", flags);
         const HRESULT answer = Enter("OpenEntry");
         if (FAILED(answer))
         {
@@ -212,8 +215,9 @@ public:
     }
 
     HRESULT STDMETHODCALLTYPE
-    GetReceiveFolder(LPTSTR, ULONG, ULONG* cbEntryId, ENTRYID** entryId, LPTSTR*) override
+    GetReceiveFolder(LPTSTR, ULONG flags, ULONG* cbEntryId, ENTRYID** entryId, LPTSTR*) override
     {
+        NoteFlags("GetReceiveFolder", flags);
         const HRESULT answer = Enter("GetReceiveFolder");
         if (FAILED(answer))
         {
@@ -238,12 +242,20 @@ public:
     CFakeUser() : CFakeObject("IMailUser") {}
 
     HRESULT STDMETHODCALLTYPE GetProps(SPropTagArray* tags,
-                                       ULONG,
+                                       ULONG flags,
                                        ULONG* count,
                                        SPropValue** values) override
     {
-        const HRESULT answer = Enter("GetProps");
-        return FAILED(answer) ? answer : AnswerGetProps(g_fakeMapi->user, tags, count, values);
+        NoteFlags("GetProps", flags);
+        NoteTags("GetProps", *tags);
+        HRESULT answer = Enter("GetProps");
+        if (FAILED(answer))
+        {
+            return answer;
+        }
+        answer = AnswerGetProps(g_fakeMapi->user, tags, count, values);
+        *count = g_fakeMapi->userValues;
+        return g_fakeMapi->userStatus != S_OK ? g_fakeMapi->userStatus : answer;
     }
 };
 
@@ -263,10 +275,15 @@ public:
         return answer;
     }
 
-    HRESULT STDMETHODCALLTYPE
-    OpenMsgStore(ULONG_PTR, ULONG, ENTRYID*, LPCIID, ULONG flags, IMsgStore** store) override
+    HRESULT STDMETHODCALLTYPE OpenMsgStore(ULONG_PTR,
+                                           ULONG cbEntryId,
+                                           ENTRYID* entryId,
+                                           LPCIID,
+                                           ULONG flags,
+                                           IMsgStore** store) override
     {
         *store = nullptr;
+        g_fakeMapi->openStoreId = BlockOf(cbEntryId, entryId);
         g_fakeMapi->openStoreFlags = flags;
         const HRESULT answer = Enter("OpenMsgStore");
         if (SUCCEEDED(answer))
@@ -288,7 +305,8 @@ public:
         static char component[] = "fake component";
         (*error)->ulVersion = 1;
         // Narrow, since no MAPI_UNICODE was given.
-        (*error)->lpszComponent = reinterpret_cast<LPTSTR>(component);
+        (*error)->lpszComponent =
+            g_fakeMapi->hasErrorComponent ? reinterpret_cast<LPTSTR>(component) : nullptr;
         (*error)->ulLowLevelError = 42;
         (*error)->ulContext = 7;
         return answer;
@@ -301,8 +319,8 @@ public:
         const HRESULT answer = Enter("QueryIdentity");
         if (SUCCEEDED(answer))
         {
-            *cbEntryId = 4;
-            (void)MAPIAllocateBuffer(*cbEntryId, reinterpret_cast<void**>(entryId));
+            *cbEntryId = g_fakeMapi->identityBytes;
+            (void)MAPIAllocateBuffer(4, reinterpret_cast<void**>(entryId));
         }
         return answer;
     }
@@ -312,7 +330,7 @@ public:
     {
         *object = nullptr;
         const HRESULT answer = Enter("OpenEntry(" + std::to_string(flags) + ")");
-        if (SUCCEEDED(answer))
+        if (SUCCEEDED(answer) && g_fakeMapi->opensUser)
         {
             *objectType = MAPI_MAILUSER;
             *object = new CFakeUser();

@@ -1,12 +1,20 @@
 // Finding, loading and starting the mail client's library.
 
 #include <algorithm>
+#include <cstdio>
 
 #include "ControllerTest.h"
 #include "FakeProviderApi.h"
 #include "MapiDataStore.h"
 #include "MAPIPathIterator.h"
 #include "NarrowText.h"
+
+namespace
+{
+
+constexpr const wchar_t* kMailClientKey = L"Software\\Clients\\Mail\\Microsoft Outlook";
+
+} // namespace
 
 class LibraryTest : public ControllerTest
 {
@@ -16,7 +24,7 @@ protected:
         const HKEY machine = HKEY_LOCAL_MACHINE;
         for (const wchar_t* const name : {L"MSIComponentID", L"MSIApplicationLCID"})
         {
-            RegDeleteKeyValueW(machine, L"Software\\Clients\\Mail\\Microsoft Outlook", name);
+            RegDeleteKeyValueW(machine, kMailClientKey, name);
         }
         ControllerTest::TearDown();
     }
@@ -73,13 +81,57 @@ TEST_F(LibraryTest, ExpandableTextIsExpanded)
 
 TEST_F(LibraryTest, ExpansionBeyondTheLimitGivesNoPath)
 {
-    SetEnvironmentVariableW(L"DT_MAIL_FOLDER", std::wstring(600, L'x').c_str());
+    // Eleven letters and a terminator stand behind the folder.
+    SetEnvironmentVariableW(L"DT_MAIL_FOLDER", std::wstring(508, L'x').c_str());
     RegisterPath(L"DllPathEx", L"%DT_MAIL_FOLDER%\\client.dll", REG_EXPAND_SZ);
     RegisterPath(L"DllPath", nullptr);
+    const std::vector<std::wstring> paths = AllPaths();
+    ASSERT_EQ(paths.size(), 2U);
+    EXPECT_EQ(paths[0].size(), 519U);
 
+    SetEnvironmentVariableW(L"DT_MAIL_FOLDER", std::wstring(509, L'x').c_str());
+    trace.Clear();
     EXPECT_EQ(AllPaths().size(), 1U);
 
-    ASSERT_EQ(LinesWith("ExpandEnvironmentStrings error,cch=612").size(), 1U);
+    const Strings lines = LinesWith("ExpandEnvironmentStrings");
+    ASSERT_EQ(lines.size(), 1U);
+    unsigned error = 0;
+    unsigned result = 0;
+    EXPECT_EQ(std::sscanf(lines[0].c_str(),
+                          "2 RegQueryWszExpand: ExpandEnvironmentStrings error,cch=521,Err=0x%x, "
+                          "ret=0x%8x",
+                          &error,
+                          &result),
+              2)
+        << lines[0];
+    EXPECT_EQ(result, static_cast<unsigned>(HRESULT_FROM_WIN32(error)));
+}
+
+TEST_F(LibraryTest, TextThatFillsTheBufferIsTakenWhole)
+{
+    // 520 bytes without a terminator: one letter more stands behind them, or the platform would
+    // store the zero that it finds there as well.
+    const std::wstring text(261, L'x');
+    RegSetKeyValueW(HKEY_LOCAL_MACHINE, kMailClientKey, L"DllPathEx", REG_SZ, text.data(), 520);
+
+    EXPECT_EQ(AllPaths().front(), std::wstring(260, L'x'));
+}
+
+TEST_F(LibraryTest, WithoutTheKeyTheSystemDirectoryIsTheLastSource)
+{
+    RegDeleteTreeW(HKEY_LOCAL_MACHINE, kMailClientKey);
+
+    EXPECT_EQ(AllPaths(), (std::vector<std::wstring>{L"C:\\windows\\system32\\mapi32.dll"}));
+
+    EXPECT_EQ(
+        LinesWith("Registered"),
+        (Strings{"3 GetRegisteredMapiClient:bDLL[0],bDLLEx[0]",
+                 "3 GetRegisteredMapiClient:fail to open Outlook Mapi Client key, error = 0x2",
+                 "3 GetRegisteredMapiClient:bDLL[1],bDLLEx[1]",
+                 "3 GetRegisteredMapiClient:fail to open Outlook Mapi Client key, error = 0x2",
+                 "3 GetRegisteredMapiClient:bDLL[1],bDLLEx[0]",
+                 "3 GetRegisteredMapiClient:fail to open Outlook Mapi Client key, error = "
+                 "0x2"}));
 }
 
 TEST_F(LibraryTest, BinaryValueGivesNoPathAndNoLine)
@@ -171,6 +223,18 @@ TEST_F(LibraryTest, SecondInstallerValueMissingEndsTheLookUp)
     EXPECT_EQ(LinesWith("GetMailClientFromMSIData"),
               (Strings{"3 GetMailClientFromMSIData:fail to query Outlook Mapi Client key "
                        "value[MSIApplicationLCID], error = 0x2"}));
+}
+
+TEST_F(LibraryTest, InstallerTextBeyondItsBufferEndsTheLookUp)
+{
+    RegisterPath(L"MSIComponentID", std::wstring(260, L'x').c_str());
+    RegisterPath(L"MSIApplicationLCID", L"1033");
+
+    (void)AllPaths();
+
+    EXPECT_EQ(LinesWith("GetMailClientFromMSIData"),
+              (Strings{"3 GetMailClientFromMSIData:fail to query Outlook Mapi Client key "
+                       "value[MSIComponentID], error = 0xea"}));
 }
 
 TEST_F(LibraryTest, FirstLoadablePathWins)

@@ -41,6 +41,17 @@ TEST_F(LogonTest, DefaultProfileIsUsedWhateverTheOrderOfTheRows)
                        "2 CMapiCtrl::GetProfiles - get default profile[Work]"}));
 }
 
+TEST_F(LogonTest, ProfileTableIsReadAsItStands)
+{
+    std::vector<WString> profiles;
+
+    CTestOutlook::GetProfiles(profiles);
+
+    EXPECT_EQ(mapi.tags["ProfileTable::SetColumns"], (std::vector<ULONG>{0x3001001E, 0x3D04000B}));
+    EXPECT_EQ(mapi.flags["ProfileTable::QueryRows"], 1U);
+    EXPECT_EQ(mapi.CountCalls("ProfileTable::Restrict"), 0U);
+}
+
 TEST_F(LogonTest, ProfileFailuresHaveTheirLines)
 {
     std::vector<WString> profiles;
@@ -175,10 +186,12 @@ TEST_F(LogonTest, ChangedDefaultProfileReplacesTheSession)
 TEST_F(LogonTest, LogonBeforeTheLibraryIsStartedDoesNothing)
 {
     outlook.bMAPIXInited = 0;
+    outlook.m_bNoDefaultProfile = 1;
 
     EXPECT_FALSE(outlook.LogonDefaultMAPIProfile());
 
     EXPECT_EQ(Lines(), (Strings{"2 LogonDefaultMAPIProfile"}));
+    EXPECT_EQ(outlook.m_bNoDefaultProfile, 0U);
     outlook.bMAPIXInited = 1;
     outlook.bMAPIX = 0;
     EXPECT_FALSE(outlook.LogonDefaultMAPIProfile());

@@ -15,6 +15,10 @@ TEST_F(MailCtrlTest, NothingRunsBeforeTheFirstInit)
 
     EXPECT_EQ(outlook.m_hrInit, 1U);
     EXPECT_EQ(outlook.m_bInitialized, 0U);
+    EXPECT_EQ(outlook.m_strInstallKey,
+              L"SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\App Paths\\Outlook.exe");
+    EXPECT_EQ(outlook.m_strStubKey,
+              L"SOFTWARE\\Microsoft\\Windows Messaging Subsystem\\MSMapiApps");
 }
 
 TEST_F(MailCtrlTest, InstalledMailClientIsReady)

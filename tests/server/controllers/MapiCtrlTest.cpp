@@ -67,6 +67,19 @@ TEST_F(MapiCtrlTest, SecondInitOfATypeAnswersZeroAlsoWhenTheFirstFailed)
     mail.FreeLib();
 }
 
+TEST_F(MapiCtrlTest, InitTypeZeroIsRefusedOnceAndThenPassedOver)
+{
+    CMapiCtrl mail;
+
+    EXPECT_EQ(mail.Init(1, 0), 1U);
+    EXPECT_EQ(mail.Init(1, 0), 0U);
+
+    EXPECT_EQ(mapi.calls, Strings{});
+    EXPECT_EQ(mail.Init(1, 1), 0U) << "the bring-up is still to come";
+    EXPECT_EQ(mapi.CountCalls("MAPIInitialize"), 1U);
+    mail.FreeLib();
+}
+
 TEST_F(MapiCtrlTest, NotesFailsTheFirstTimeThatATypeIsAskedOfIt)
 {
     CMapiCtrl mail;
@@ -92,6 +105,51 @@ TEST_F(MapiCtrlTest, OutlookFreesNotesAndNotesFreesOutlook)
     EXPECT_EQ(mail.Init(16, 1), 0x80004005U);
     EXPECT_EQ(mapi.liveObjects, 0);
     EXPECT_EQ(mapi.CountCalls("MAPIUninitialize"), 1U);
+}
+
+TEST_F(MapiCtrlTest, OldMailSystemIsFreedBehindTheStartOfTheNewOne)
+{
+    CMapiCtrl mail;
+    std::vector<ContactRecord> contacts;
+    ASSERT_EQ(mail.Init(16, 1), 0x80004005U);
+    ULONG duringStart = 0;
+    mapi.actions["MAPILogonEx"] = [&] { duringStart = mail.SearchContacts(L"a", contacts, 1); };
+    EXPECT_EQ(mail.Init(1, 1), 0U);
+    EXPECT_EQ(duringStart, 0x80004005U) << "Notes was still there";
+
+    ULONG duringEnd = 0;
+    mapi.actions["MAPIUninitialize"] = [&] { duringEnd = mail.GetMailType(); };
+    EXPECT_EQ(mail.Init(16, 1), 0x80004005U);
+
+    EXPECT_EQ(duringEnd, 1U) << "the new type is stored last";
+    EXPECT_EQ(mail.GetMailType(), 16U);
+}
+
+TEST_F(MapiCtrlTest, OutlookAfterNotesIsBroughtUpAnew)
+{
+    CMapiCtrl mail;
+    ASSERT_EQ(mail.Init(1, 1), 0U);
+    ASSERT_EQ(mail.Init(16, 1), 0x80004005U);
+
+    EXPECT_EQ(mail.Init(1, 1), 0U);
+
+    EXPECT_EQ(mapi.CountCalls("MAPIInitialize"), 2U);
+    mail.FreeLib();
+}
+
+TEST_F(MapiCtrlTest, RefusedTypeLeavesOutlookAtWork)
+{
+    mapi.folders = {}; // nothing to list
+    CMapiCtrl mail;
+    ASSERT_EQ(mail.Init(1, 1), 0U);
+
+    EXPECT_EQ(mail.Init(5, 2), 1U);
+
+    EXPECT_EQ(mail.GetMailType(), 1U);
+    WString text;
+    EXPECT_EQ(mail.ListAppointment({}, {}, text), 0U);
+    EXPECT_EQ(text, L"<appointments></appointments>");
+    mail.FreeLib();
 }
 
 TEST_F(MapiCtrlTest, TypesTwoToFifteenAreRefusedAndTheOldTypeStays)
@@ -166,6 +224,22 @@ TEST_F(MapiCtrlTest, InitAfterFreeLibStartsAnew)
     mail.FreeLib();
 }
 
+TEST_F(MapiCtrlTest, FailedBringUpIsForgottenWithItsController)
+{
+    mapi.folders = {}; // nothing to list
+    mapi.answers["MAPILogonEx"] = {E_FAIL};
+    CMapiCtrl mail;
+    ASSERT_EQ(mail.Init(1, 1), 0x80080004U);
+    mail.FreeLib();
+
+    EXPECT_EQ(mail.Init(1, 1), 0U);
+
+    WString text;
+    EXPECT_EQ(mail.ListAppointment({}, {}, text), 0U);
+    EXPECT_EQ(text, L"<appointments></appointments>");
+    mail.FreeLib();
+}
+
 TEST_F(MapiCtrlTest, DataStoreIsEmptiedOnlyWhileThereIsAnOutlookController)
 {
     CMapiCtrl mail;
@@ -173,11 +247,34 @@ TEST_F(MapiCtrlTest, DataStoreIsEmptiedOnlyWhileThereIsAnOutlookController)
     MapiDataStore().AddAppointment(L"AB", MeetingInfo());
     mail.ClearDataStore();
     EXPECT_TRUE(MapiDataStore().GetAppointment(L"AB", found));
+    ASSERT_EQ(mail.Init(16, 1), 0x80004005U);
+    mail.ClearDataStore();
+    EXPECT_TRUE(MapiDataStore().GetAppointment(L"AB", found)) << "Notes empties nothing";
+    bool isFoundDuringStart = true;
+    mapi.actions["MAPILogonEx"] = [&] {
+        mail.ClearDataStore(); // whatever the mail type, which is still the old one
+        isFoundDuringStart = MapiDataStore().GetAppointment(L"AB", found);
+    };
     ASSERT_EQ(mail.Init(1, 1), 0U);
+    EXPECT_FALSE(isFoundDuringStart);
+    MapiDataStore().AddAppointment(L"AB", MeetingInfo());
 
     mail.ClearDataStore();
 
     EXPECT_FALSE(MapiDataStore().GetAppointment(L"AB", found));
+    mail.FreeLib();
+}
+
+TEST_F(MapiCtrlTest, ThereIsNoDocumentDuringTheFirstBringUp)
+{
+    CMapiCtrl mail;
+    bool hasDocument = true;
+    mapi.actions["IMAPISession::OpenMsgStore"] = [&] { hasDocument = HasDocument(mail); };
+
+    ASSERT_EQ(mail.Init(1, 1), 0U);
+
+    EXPECT_FALSE(hasDocument);
+    EXPECT_TRUE(HasDocument(mail));
     mail.FreeLib();
 }
 

@@ -1,4 +1,4 @@
-// The default store, its common folders, and opening what is in it.
+// Finding and opening the default store.
 
 #include "ControllerTest.h"
 #include "MapiDataStore.h"
@@ -25,9 +25,12 @@ const BinaryBlock kPersonal{
 
 TEST_F(StoreTest, OpeningNeedsASession)
 {
+    MapiDataStore().SetStoreFacts(L"before", {}, L"");
     EXPECT_FALSE(outlook.OpenDefaultMessageStore());
 
     EXPECT_EQ(Lines(), (Strings{"3 CMessageStoreBase::OpenMessageStore - lpSession is NULL"}));
+    EXPECT_EQ(MapiDataStore().GetStoreName(), L"before");
+    EXPECT_EQ(outlook.m_bNeedRealEntryID, 1U);
 }
 
 TEST_F(StoreTest, FirstDefaultRowIsTheStoreAndItsFactsAreKept)
@@ -46,6 +49,48 @@ TEST_F(StoreTest, FirstDefaultRowIsTheStoreAndItsFactsAreKept)
     EXPECT_EQ(MapiDataStore().GetStoreName(), L"Mailbox");
     EXPECT_EQ(MapiDataStore().GetStoreEntryId(), (BinaryBlock{1, 2, 0xAB}));
     EXPECT_EQ(MapiDataStore().GetRecordKey(), L"CDEF");
+    EXPECT_EQ(mapi.openStoreId, (BinaryBlock{1, 2, 0xAB}));
+    EXPECT_EQ(mapi.tags["StoresTable::SetColumns"],
+              (std::vector<ULONG>{0x0FFF0102, 0x3001001E, 0x3400000B, 0x34140102, 0x0FF90102}));
+    EXPECT_EQ(mapi.flags["StoresTable::QueryRows"], 1U);
+}
+
+TEST_F(StoreTest, StoreWithoutARecordKeyHasNone)
+{
+    LogOn(outlook);
+    mapi.stores[0].pop_back();
+    MapiDataStore().SetStoreFacts(L"before", {}, L"07");
+
+    EXPECT_TRUE(outlook.OpenDefaultMessageStore());
+
+    EXPECT_EQ(MapiDataStore().GetRecordKey(), L"");
+}
+
+TEST_F(StoreTest, WalkEndsAtTheFirstDefaultRow)
+{
+    LogOn(outlook);
+    mapi.stores.push_back({{PR_ENTRYID, BinaryBlock{9}},
+                           {PR_DISPLAY_NAME_A, std::string("Second")},
+                           {PR_DEFAULT_STORE, true}});
+    mapi.answers["IMAPISession::OpenMsgStore"] = {E_FAIL};
+
+    EXPECT_FALSE(outlook.OpenDefaultMessageStore());
+
+    EXPECT_EQ(mapi.openStoreId, (BinaryBlock{1, 2, 0xAB}));
+    EXPECT_EQ(mapi.CountCalls("IMAPISession::OpenMsgStore"), 1U);
+}
+
+TEST_F(StoreTest, FailedOpenEmptiesTheNameAndKeepsTheOldIdentifier)
+{
+    LogOn(outlook);
+    ASSERT_TRUE(outlook.OpenDefaultMessageStore());
+    mapi.stores[0][0].data = BinaryBlock{9};
+    mapi.answers["IMAPISession::OpenMsgStore"] = {E_FAIL};
+
+    EXPECT_FALSE(outlook.OpenDefaultMessageStore());
+
+    EXPECT_EQ(MapiDataStore().GetStoreName(), L"");
+    EXPECT_EQ(MapiDataStore().GetStoreEntryId(), (BinaryBlock{1, 2, 0xAB}));
 }
 
 TEST_F(StoreTest, DefaultRowWithoutAnIdentifierIsPassedOver)
@@ -66,10 +111,12 @@ TEST_F(StoreTest, WithoutADefaultRowThereIsNoStore)
     LogOn(outlook);
     mapi.stores = {{{PR_ENTRYID, BinaryBlock{1}}, {PR_DEFAULT_STORE, false}}};
     MapiDataStore().SetStoreFacts(L"old", {7}, L"07");
+    outlook.m_bNeedRealEntryID = 0;
 
     EXPECT_FALSE(outlook.OpenDefaultMessageStore());
 
     EXPECT_EQ(Lines(), Strings{});
+    EXPECT_EQ(outlook.m_bNeedRealEntryID, 0U) << "only a default store settles it";
     EXPECT_EQ(MapiDataStore().GetStoreName(), L"");
     EXPECT_EQ(MapiDataStore().GetRecordKey(), L"");
 }
@@ -189,141 +236,30 @@ TEST_F(StoreTest, OpenWithErrorsCountsAsFailedAndTellsTheDetail)
     EXPECT_FALSE(outlook.OpenDefaultMessageStore());
 
     EXPECT_FALSE(outlook.lpMsgStore);
-    EXPECT_TRUE(trace.Has(1,
-                          "CMessageStoreBase::OpenMessageStore - open msg store failed, "
-                          "hResult[0x40380], name[Mailbox]"));
-    EXPECT_TRUE(trace.Has(3,
-                          "CMessageStoreBase::OpenMessageStore - GetLastError, szComponent[fake "
-                          "component], ulVersion[1], ulContext[7], ulLowLevelError[42]"));
-}
-
-TEST_F(StoreTest, CommonFoldersNeedAStore)
-{
-    outlook.GetCommonEids();
-
-    EXPECT_EQ(Lines(), (Strings{"2 CMessageStoreBase::GetCommonEids - lpMsgStore is NULL"}));
-}
-
-TEST_F(StoreTest, CommonFoldersAreKeptAsTheMaskSays)
-{
-    OpenStore(outlook);
-    outlook.GetCommonEids();
-    EXPECT_EQ(outlook.m_OutboxEid, FakeFolderId(L"Outbox"));
-    EXPECT_EQ(outlook.m_SentEid, FakeFolderId(L"Sent"));
-
-    mapi.storeProps[1].data = LONG{0x10};
-    outlook.GetCommonEids();
-    EXPECT_EQ(outlook.m_OutboxEid, BinaryBlock{});
-    EXPECT_EQ(outlook.m_SentEid, FakeFolderId(L"Sent"));
-
-    mapi.storeProps[1].data = LONG{4};
-    outlook.GetCommonEids();
-    EXPECT_EQ(outlook.m_OutboxEid, FakeFolderId(L"Outbox"));
-    EXPECT_EQ(outlook.m_SentEid, BinaryBlock{});
-}
-
-TEST_F(StoreTest, MaskThatIsAnErrorCountsAsZero)
-{
-    OpenStore(outlook);
-    mapi.storeProps.erase(mapi.storeProps.begin() + 1);
-
-    outlook.GetCommonEids();
-
-    EXPECT_EQ(outlook.m_OutboxEid, BinaryBlock{});
-    EXPECT_EQ(outlook.m_SentEid, BinaryBlock{});
-}
-
-TEST_F(StoreTest, SentItemsAreKeptAlsoWhenTheOutboxIsAnError)
-{
-    OpenStore(outlook);
-    mapi.storeProps.erase(mapi.storeProps.begin() + 2);
-
-    outlook.GetCommonEids();
-
-    EXPECT_EQ(outlook.m_OutboxEid, BinaryBlock{});
-    EXPECT_EQ(outlook.m_SentEid, FakeFolderId(L"Sent"));
-}
-
-TEST_F(StoreTest, CommonFoldersThatCannotBeReadStayEmpty)
-{
-    OpenStore(outlook);
-    outlook.m_SentEid = {1};
-    mapi.answers["IMsgStore::GetProps"] = {MAPI_E_NETWORK_ERROR};
-
-    outlook.GetCommonEids();
-
-    EXPECT_EQ(outlook.m_SentEid, BinaryBlock{});
     EXPECT_EQ(Lines(),
-              (Strings{"2 CMessageStoreBase::GetCommonEids - get outbox/sentbox entryid failed"}));
+              (Strings{"2 CMessageStoreBase::OpenMessageStore - The default folder[Mailbox] is NOT "
+                       "personal, need to get real EntryID",
+                       "2 CMessageStoreBase::OpenMessageStore PreCall",
+                       "3 failed 1",
+                       "2 CMessageStoreBase::OpenMessageStore, dwUseOnlineMode=0, bOnlineMode=0",
+                       "2 CMessageStoreBase::OpenMessageStore AfterCall",
+                       "1 CMessageStoreBase::OpenMessageStore - open msg store failed, "
+                       "hResult[0x40380], name[Mailbox]",
+                       "3 CMessageStoreBase::OpenMessageStore - GetLastError, szComponent[fake "
+                       "component], ulVersion[1], ulContext[7], ulLowLevelError[42]"}));
 }
 
-TEST_F(StoreTest, InboxIsOpenedOnce)
+TEST_F(StoreTest, DetailThatIsNotToldIsNoReasonToStumble)
 {
-    OpenStore(outlook);
+    LogOn(outlook);
+    mapi.answers["IMAPISession::OpenMsgStore"] = {MAPI_W_ERRORS_RETURNED, MAPI_W_ERRORS_RETURNED};
+    mapi.answers["IMAPISession::GetLastError"] = {E_FAIL};
+    EXPECT_FALSE(outlook.OpenDefaultMessageStore());
+    EXPECT_EQ(LinesWith("szComponent"), Strings{});
 
-    IMAPIFolder* const first = outlook.GetInboxFolder();
-    IMAPIFolder* const second = outlook.GetInboxFolder();
-
-    EXPECT_NE(first, nullptr);
-    EXPECT_EQ(first, second);
-    EXPECT_EQ(mapi.CountCalls("IMsgStore::OpenEntry"), 1U);
-    EXPECT_EQ(trace.Count("CMessageStoreBase::GetInBoxFolder - success"), 2U);
-}
-
-TEST_F(StoreTest, InboxFailuresAreTracedAndTriedAgainAtTheNextCall)
-{
-    EXPECT_EQ(outlook.GetInboxFolder(), nullptr);
-    OpenStore(outlook);
-    mapi.answers["IMsgStore::GetReceiveFolder"] = {E_FAIL};
-    EXPECT_EQ(outlook.GetInboxFolder(), nullptr);
-    mapi.answers["IMsgStore::OpenEntry"] = {E_FAIL};
-    EXPECT_EQ(outlook.GetInboxFolder(), nullptr);
-
-    EXPECT_EQ(Lines(), Strings(3, "3 CMessageStoreBase::GetInBoxFolder - failed"));
-    EXPECT_NE(outlook.GetInboxFolder(), nullptr);
-}
-
-TEST_F(StoreTest, OutboxFolderIsTheOneOfSentMail)
-{
-    OpenStore(outlook);
-    EXPECT_EQ(outlook.GetOutboxFolder(), nullptr);
-    outlook.m_OutboxEid = FakeFolderId(L"Outbox"); // which does not exist
-    outlook.m_SentEid = FakeFolderId(L"Sent");
-
-    EXPECT_NE(outlook.GetOutboxFolder(), nullptr);
-    EXPECT_NE(outlook.GetOutboxFolder(), nullptr);
-
-    EXPECT_EQ(mapi.CountCalls("IMsgStore::OpenEntry"), 1U);
-    EXPECT_EQ(Lines(),
-              (Strings{"3 CMessageStoreBase::GetOutboxFolder - failed",
-                       "3 CMessageStoreBase::GetOutboxFolder - success",
-                       "3 CMessageStoreBase::GetOutboxFolder - success"}));
-}
-
-TEST_F(StoreTest, OpeningFoldersAndMessagesNeedsAStore)
-{
-    EXPECT_FALSE(outlook.OpenFolder({1}));
-    EXPECT_FALSE(outlook.OpenMAPIMessage({1}));
-
-    EXPECT_EQ(Lines(),
-              (Strings{"3 CMessageStoreBase::OpenFolder - MsgStore is NULL",
-                       "3 CMessageStoreBase::OpenMAPIMessage - MsgStore is NULL"}));
-}
-
-TEST_F(StoreTest, OnlyTheWantedTypeIsOpened)
-{
-    OpenStore(outlook);
-    mapi.folders.push_back({.name = L"Mail", .openedAs = MAPI_MESSAGE});
-
-    EXPECT_TRUE(outlook.OpenFolder(FakeFolderId(L"Calendar")));
-    EXPECT_FALSE(outlook.OpenFolder(FakeFolderId(L"Mail")));
-    EXPECT_TRUE(outlook.OpenMAPIMessage(FakeFolderId(L"Mail")));
-    EXPECT_FALSE(outlook.OpenMAPIMessage(FakeFolderId(L"Calendar")));
-    EXPECT_FALSE(outlook.OpenFolder(FakeFolderId(L"Nowhere")));
-
-    EXPECT_EQ(
-        Lines(),
-        (Strings{"0 CMessageStoreBase::OpenFolder - failed, hResult[0x0] objType[5]",
-                 "0 CMessageStoreBase::OpenMAPIMessage - failed, hResult[0x0] objType[3]",
-                 "0 CMessageStoreBase::OpenFolder - failed, hResult[0x8004010f] objType[0]"}));
+    mapi.hasErrorComponent = false;
+    EXPECT_FALSE(outlook.OpenDefaultMessageStore());
+    EXPECT_EQ(LinesWith("szComponent"),
+              (Strings{"3 CMessageStoreBase::OpenMessageStore - GetLastError, szComponent[(null)], "
+                       "ulVersion[1], ulContext[7], ulLowLevelError[42]"}));
 }
