@@ -3,10 +3,12 @@
 #include <gtest/gtest.h>
 
 #include <array>
+#include <new>
 #include <utility>
 #include <vector>
 
 #include "DocumentFile.h"
+#include "NewHook.h"
 
 namespace
 {
@@ -203,6 +205,15 @@ TEST(AppointmentXml, AnyNonZeroFlagReadsTrue)
 
     EXPECT_NE(document.find(WTEXT("<isRecurrent>TRUE</isRecurrent>")), WString::npos);
     EXPECT_NE(document.find(WTEXT("<isAllDayEvent>TRUE</isAllDayEvent>")), WString::npos);
+}
+
+TEST(AppointmentXml, ATextForWhichThereIsNoMemoryIsRaised)
+{
+    std::vector<MeetingInfo> meetings(2);
+    const CNewHook refusing([](std::size_t) { throw std::bad_alloc(); });
+
+    EXPECT_THROW(static_cast<void>(BuildAppointmentXml(meetings[0])), std::bad_alloc);
+    EXPECT_THROW(static_cast<void>(BuildAppointmentsXml(meetings)), std::bad_alloc);
 }
 
 TEST(AppointmentXml, ALongBodyIsWrittenWhole)

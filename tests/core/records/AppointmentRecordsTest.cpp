@@ -2,6 +2,12 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
+#include <cstddef>
+#include <cstring>
+#include <memory>
+#include <new>
+
 #include "ABEmailEntry.h"
 #include "ContactRecord.h"
 #include "MailRecord.h"
@@ -9,25 +15,64 @@
 namespace
 {
 
+bool IsUnset(const SYSTEMTIME& time)
+{
+    constexpr SYSTEMTIME kUnset{};
+    return std::memcmp(&time, &kUnset, sizeof(time)) == 0;
+}
+
 TEST(MeetingInfo, ANewRecordIsAllZeroAndEmpty)
 {
-    const MeetingInfo record;
+    // Built over bytes that are not zero, so that a field nobody sets is seen.
+    alignas(MeetingInfo) std::array<std::byte, sizeof(MeetingInfo)> room{};
+    room.fill(std::byte{0xCC});
+    auto* const record = new (room.data()) MeetingInfo;
 
-    EXPECT_EQ(record.subKey, 0U);
-    EXPECT_EQ(record.start.wYear, 0);
-    EXPECT_EQ(record.end.wMinute, 0);
-    EXPECT_EQ(record.firstTime.wMonth, 0);
-    EXPECT_EQ(record.duration, 0U);
-    EXPECT_EQ(record.meetingStatus, 0U);
-    EXPECT_EQ(record.isRecurring, 0);
-    EXPECT_EQ(record.recurrenceType, 0);
-    EXPECT_EQ(record.isAllDay, 0);
-    EXPECT_EQ(record.responseStatus, 0U);
-    EXPECT_EQ(record.busyStatus, 0U);
-    EXPECT_TRUE(record.strName.empty());
-    EXPECT_TRUE(record.recurrenceState.empty());
-    EXPECT_TRUE(record.attendees.empty());
-    EXPECT_TRUE(record.itemRef.entryId.empty());
+    for (const std::uint32_t number : {record->subKey,
+                                       record->duration,
+                                       record->meetingStatus,
+                                       record->responseStatus,
+                                       record->busyStatus,
+                                       static_cast<std::uint32_t>(record->isRecurring),
+                                       static_cast<std::uint32_t>(record->recurrenceType),
+                                       static_cast<std::uint32_t>(record->isAllDay)})
+    {
+        EXPECT_EQ(number, 0U);
+    }
+    for (const SYSTEMTIME& time : {record->start, record->end, record->firstTime})
+    {
+        EXPECT_TRUE(IsUnset(time));
+    }
+    for (const WString& text : {record->strName,
+                                record->location,
+                                record->strDesc,
+                                record->strXaltDesc,
+                                record->hostName,
+                                record->hostEmail,
+                                record->calendarText,
+                                record->strPropertyFromDeskTools,
+                                record->space,
+                                record->key,
+                                record->uid,
+                                record->recurrencePattern,
+                                record->m_strUCCapabilities,
+                                record->itemRef.profileName,
+                                record->itemRef.storeName})
+    {
+        EXPECT_TRUE(text.empty());
+    }
+    for (const BinaryBlock& block : {record->hostEntryId,
+                                     record->recurrenceState,
+                                     record->timeZone,
+                                     record->itemRef.parentEntryId,
+                                     record->itemRef.entryId,
+                                     record->itemRef.instanceKey,
+                                     record->itemRef.storeEntryId})
+    {
+        EXPECT_TRUE(block.empty());
+    }
+    EXPECT_TRUE(record->attendees.empty());
+    std::destroy_at(record);
 }
 
 TEST(MeetingInfo, ACopySharesNothingWithItsSource)

@@ -91,6 +91,26 @@ TEST(MapiDataStore, ARecordCopiedOutStaysValidAfterItsEntryIsRemoved)
     EXPECT_EQ(copy.attendees[0].email, WTEXT("ada@example.org"));
 }
 
+TEST(MapiDataStore, AStoredRecordDoesNotFollowItsSource)
+{
+    CMapiDataStore store;
+    MeetingInfo record = NamedMeeting(WTEXT("plan"));
+    record.recurrenceState = {1, 2, 3};
+    record.attendees.push_back(NamedAttendee(WTEXT("Ada"), WTEXT("ada@example.org")));
+    store.AddAppointment(WTEXT("0A"), record);
+
+    record.strName[0] = WTEXT('x');
+    record.recurrenceState[0] = 0xFF;
+    record.attendees[0].email[0] = WTEXT('x');
+
+    MeetingInfo found;
+    EXPECT_TRUE(store.GetAppointment(WTEXT("0A"), found));
+    EXPECT_EQ(found.strName, WTEXT("plan"));
+    EXPECT_EQ(found.recurrenceState, (BinaryBlock{1, 2, 3}));
+    ASSERT_EQ(found.attendees.size(), 1U);
+    EXPECT_EQ(found.attendees[0].email, WTEXT("ada@example.org"));
+}
+
 TEST(MapiDataStore, GetAppointmentReplacesTheOutRecordOnAHitOnly)
 {
     CMapiDataStore store;
@@ -156,6 +176,41 @@ TEST(MapiDataStore, TakeByInstanceErasesTheFirstMatchOnly)
     EXPECT_TRUE(store.TakeAppointmentByInstance(WTEXT("01"), taken));
     EXPECT_EQ(taken.strName, WTEXT("second"));
     EXPECT_FALSE(store.TakeAppointmentByInstance(WTEXT("01"), taken));
+}
+
+TEST(MapiDataStore, ALookUpWithoutAHitLeavesTheOutRecordAlone)
+{
+    CMapiDataStore store;
+    store.AddAppointment(WTEXT("0A"), NamedMeeting(WTEXT("stored"), {1}));
+    store.AddAddress(NamedAttendee(WTEXT("Ada"), WTEXT("ada@example.org")));
+    MeetingInfo meeting = NamedMeeting(WTEXT("before"));
+    meeting.attendees.resize(2);
+    AttendeeInfo address = NamedAttendee(WTEXT("before"), WTEXT("before@example.org"));
+
+    EXPECT_FALSE(store.FindAppointmentByInstance(WTEXT("02"), meeting));
+    EXPECT_FALSE(store.TakeAppointmentByInstance(WTEXT("02"), meeting));
+    EXPECT_FALSE(store.GetAddress(WTEXT("Grace"), address));
+
+    EXPECT_EQ(meeting.strName, WTEXT("before"));
+    EXPECT_EQ(meeting.attendees.size(), 2U);
+    EXPECT_EQ(address.name, WTEXT("before"));
+    EXPECT_EQ(address.email, WTEXT("before@example.org"));
+}
+
+TEST(MapiDataStore, AHitByInstanceReplacesTheAttendeesOfTheOutRecord)
+{
+    CMapiDataStore store;
+    store.AddAppointment(WTEXT("0A"), NamedMeeting(WTEXT("stored"), {1}));
+    MeetingInfo found;
+    found.attendees.resize(2);
+    MeetingInfo taken;
+    taken.attendees.resize(2);
+
+    EXPECT_TRUE(store.FindAppointmentByInstance(WTEXT("01"), found));
+    EXPECT_TRUE(store.TakeAppointmentByInstance(WTEXT("01"), taken));
+
+    EXPECT_TRUE(found.attendees.empty());
+    EXPECT_TRUE(taken.attendees.empty());
 }
 
 TEST(MapiDataStore, AddAddressWithAnExistingNameLeavesTheFirstValue)

@@ -60,6 +60,17 @@ TEST(DailyRule, APeriodThatIsNoWholeDayIsKept)
               (Dates{"2024-01-01T09:00:00", "2024-01-01T21:00:00", "2024-01-02T09:00:00"}));
 }
 
+TEST(DailyRule, APeriodOfTheLargestNumberGoesBackAMinuteARound)
+{
+    const CTraceCapture trace;
+    pattern::Pattern rule = pattern::Daily("2024-01-01", 1);
+    rule.period = 0xFFFFFFFF;
+
+    EXPECT_EQ(ExpandRule(rule, "2024-01-01T00:00:00", "2024-01-05T00:00:00").Starts(),
+              (Dates{"2024-01-01T09:00:00", "2024-01-01T08:59:00"}));
+    EXPECT_EQ(trace.Count("nTryTime++ >10"), 1U);
+}
+
 TEST(DailyRule, APeriodOf0ListsModifiedInstancesOnlyAndSaysSo)
 {
     const CTraceCapture trace;

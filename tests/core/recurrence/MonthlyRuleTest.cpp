@@ -159,6 +159,12 @@ INSTANTIATE_TEST_SUITE_P(
                     62,
                     9,
                     {"2024-02-29", "2024-03-29", "2024-04-30", "2024-05-31"}},
+        OrdinalCase{"WorkingDayOfWeek0CountsOnUnsigned",
+                    62,
+                    0,
+                    {"2024-02-07", "2024-03-07", "2024-04-05", "2024-05-07"}},
+        OrdinalCase{"TuesdayOfWeek0LiesInTheMonthBefore", 4, 0, {}},
+        OrdinalCase{"TuesdayOfWeek6GoesBackOneWeekOnly", 4, 6, {"2024-04-30"}},
         OrdinalCase{"UnknownMask", 3, 1, {}}),
     NameOfCase);
 
@@ -196,6 +202,18 @@ TEST(MonthlyOrdinalRule, WorkingDaysOfMonthsThatBeginOnAWeekend)
               (Dates{"2024-06-06", "2024-09-05", "2024-12-05"}));
     EXPECT_EQ(DatesOf(pattern::MonthlyOrdinal("2024-06-01", 62, 5, 3), kYearStart, kYearEnd),
               (Dates{"2024-06-28", "2024-09-30", "2024-12-31"}));
+}
+
+TEST(MonthlyOrdinalRule, APeriodOf0ListsModifiedInstancesOnlyAndSaysSo)
+{
+    const CTraceCapture trace;
+    pattern::Pattern rule = pattern::MonthlyOrdinal("2024-01-01", 2, 1, 0);
+    rule.modified.push_back(
+        pattern::Moved("2024-02-05T09:00:00", "2024-02-11T09:00:00", "2024-02-11T10:00:00"));
+
+    EXPECT_EQ(DatesOf(rule, kYearStart, kYearEnd), (Dates{"2024-02-11"}));
+    EXPECT_TRUE(
+        trace.Has(1, "CRecurrentRule::ParseMonthly03-period too short, no regular instances"));
 }
 
 TEST(MonthlyOrdinalRule, AWindowThatOpensInAnOffMonthListsNothing)

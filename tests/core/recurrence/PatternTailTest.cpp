@@ -327,20 +327,24 @@ TEST(TailWarningTrace, TellsSubjectPositionNumberAndTheWholePattern)
 
     EXPECT_EQ(ExpandRule(blob, "2024-01-01T00:00:00", "2024-01-05T00:00:00").count, 0U);
 
-    EXPECT_TRUE(trace.Has(1, "Rec rule parse warning, Appt Name[Standup], pos[34], posEx[8]"));
-    EXPECT_TRUE(trace.Has(1,
-                          "Size[38] Info[04300430"
-                          "0A20"
-                          "0000"
-                          "0000"
-                          "00000000"
-                          "A0050000"
-                          "00000000"
-                          "23200000"
-                          "0A000000"
-                          "00000000"
-                          "01000000]"));
-    EXPECT_EQ(trace.Lines().size(), 5U);
+    EXPECT_EQ(
+        trace.Messages(),
+        (std::vector<std::string>{"3 CRecurrentRule::SetInfo m_zInfo.StandardDate.wMonth=0 "
+                                  "m_zInfo.DaylightDate.wMonth=0",
+                                  "2 CRecurrentRule::ParseDaily",
+                                  "2 CRecurrentRule::ParseNonworkDaily",
+                                  "1 Rec rule parse warning, Appt Name[Standup], pos[34], posEx[8]",
+                                  "1 Size[38] Info[04300430"
+                                  "0A20"
+                                  "0000"
+                                  "0000"
+                                  "00000000"
+                                  "A0050000"
+                                  "00000000"
+                                  "23200000"
+                                  "0A000000"
+                                  "00000000"
+                                  "01000000]"}));
 }
 
 } // namespace

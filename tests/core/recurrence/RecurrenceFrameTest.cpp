@@ -137,6 +137,21 @@ TEST(ParseRule, AHeadThatIsTooShortGivesNothingAndSaysSo)
     }
 }
 
+TEST(ParseRule, AnUnknownFrequencyGivesNothingInSilence)
+{
+    const CTraceCapture trace;
+    pattern::Pattern rule = pattern::Daily("2024-01-01", 1);
+    rule.frequency = 0x200E;
+    rule.modified.push_back(
+        pattern::Moved("2024-01-03T09:00:00", "2024-01-03T16:00:00", "2024-01-03T17:30:00"));
+
+    const RuleRun run = ExpandRule(rule, kFrom, kTo);
+
+    EXPECT_FALSE(run.result);
+    EXPECT_TRUE(run.instances.empty());
+    EXPECT_EQ(trace.Lines().size(), 1U); // SetInfo
+}
+
 TEST(ParseRule, ClearsTheListAndTheCount)
 {
     RuleRun run;
@@ -268,6 +283,25 @@ TEST(Frame, AWindowMoreThanADayBehindTheEndDateIsEmptyForEveryEndType)
 
     EXPECT_EQ(ExpandRule(rule, "2024-01-04T00:00:00", kTo).count, 4U);
     EXPECT_EQ(ExpandRule(rule, "2024-01-04T00:01:00", kTo).count, 0U);
+}
+
+TEST(Frame, TheDayBehindTheEndDateWrapsIn32Bits)
+{
+    pattern::Pattern rule = pattern::Daily("2024-01-01", 1);
+    rule.endDate = 0xFFFFFFFF - 1440;
+    EXPECT_EQ(ExpandRule(rule, kFrom, kTo).count, 7U);
+
+    rule.endDate += 1;
+    EXPECT_EQ(ExpandRule(rule, kFrom, kTo).count, 0U);
+}
+
+TEST(Frame, TheLastDayOfAWindowThatEndsAtMinute0Wraps)
+{
+    RuleRun run;
+    run.blob = pattern::Daily("1601-01-01", 1).Write();
+    run.to = "2024-13-01T00:00:00"; // cannot be converted
+
+    EXPECT_EQ(run.Expand().count, 1001U);
 }
 
 TEST(Frame, AWindowBeforeTheStartDateIsEmpty)

@@ -75,6 +75,15 @@ TEST(WeeklyRule, OnlyTheLowByteOfTheMaskIsRead)
               (Dates{"2024-01-01", "2024-01-08"}));
 }
 
+TEST(WeeklyRule, TheCalendarTypeIsNotLookedAt)
+{
+    pattern::Pattern rule = pattern::Weekly("2024-01-01", 2, 1);
+    rule.calendarType = 15;
+
+    EXPECT_EQ(DatesOf(rule, "2024-01-01T00:00:00", "2024-01-14T23:00:00"),
+              (Dates{"2024-01-01", "2024-01-08"}));
+}
+
 TEST(WeeklyRule, NoDaysOrNoPeriodListsModifiedInstancesOnly)
 {
     for (pattern::Pattern rule :

@@ -101,6 +101,17 @@ TEST(YearlyDayRule, ALeapDayEveryFiveYearsGoesOnIn1604)
     EXPECT_EQ(run.instances.back().subKey, pattern::Minutes("1604-02-29"));
 }
 
+TEST(YearlyDayRule, TheDayOfTheNextActiveYearIsNotFittedToItsMonth)
+{
+    // The window opens behind the leap day of an active year. Five years on the day does not exist,
+    // and the loop goes on in 1601; on February 28 it would spin without an instance.
+    const RuleRun run = ExpandRule(
+        pattern::YearlyDay("2020-02-29", 29, 5), "2020-03-01T00:00:00", "2034-12-31T00:00:00");
+
+    ASSERT_FALSE(run.instances.empty());
+    EXPECT_EQ(run.instances.front().subKey, pattern::Minutes("1604-02-29"));
+}
+
 TEST(YearlyDayRule, AYearThatLacksTheDaySpinsUntilTheLimit)
 {
     const CTraceCapture trace;
@@ -176,6 +187,37 @@ TEST(YearlyOrdinalRule, LeavingTheMonthIsJudgedByTheMonthOfTheCursor)
     EXPECT_EQ(DatesOf(rule, "2024-06-01T00:00:00", "2024-12-31T00:00:00"), (Dates{"2024-06-25"}));
     EXPECT_EQ(DatesOf(rule, "2024-07-01T00:00:00", "2024-12-31T00:00:00"), (Dates{"2024-07-02"}));
     EXPECT_EQ(DatesOf(rule, "2024-01-01T00:00:00", "2024-12-31T00:00:00"), (Dates{"2024-06-25"}));
+}
+
+// June 2024 begins on a Saturday and ends on a Sunday.
+TEST(YearlyOrdinalRule, WeekendDaysAndAnyDaysAreThoseOfTheMonth)
+{
+    const auto dateOf = [](std::uint32_t mask, std::uint32_t week) {
+        return DatesOf(
+            pattern::YearlyOrdinal("2024-06-01", mask, week, 1), kStart, "2024-12-31T00:00:00");
+    };
+
+    EXPECT_EQ(dateOf(65, 1), (Dates{"2024-06-01"}));
+    EXPECT_EQ(dateOf(65, 4), (Dates{"2024-06-09"}));
+    EXPECT_EQ(dateOf(65, 5), (Dates{"2024-06-30"}));
+    EXPECT_EQ(dateOf(127, 3), (Dates{"2024-06-03"}));
+    EXPECT_EQ(dateOf(127, 5), (Dates{"2024-06-30"}));
+    EXPECT_EQ(dateOf(127, 0), Dates{});
+    EXPECT_EQ(dateOf(78, 2), (Dates{"2024-06-08"}));
+    EXPECT_EQ(dateOf(3, 1), Dates{});
+}
+
+TEST(YearlyOrdinalRule, APeriodBelow12MonthsListsModifiedInstancesOnlyAndSaysSo)
+{
+    const CTraceCapture trace;
+    pattern::Pattern rule = pattern::YearlyOrdinal("2024-06-01", 2, 1, 1);
+    rule.period = 11;
+    rule.modified.push_back(
+        pattern::Moved("2024-06-03T09:00:00", "2024-06-04T09:00:00", "2024-06-04T10:00:00"));
+
+    EXPECT_EQ(DatesOf(rule, kStart, "2034-12-31T00:00:00"), (Dates{"2024-06-04"}));
+    EXPECT_TRUE(
+        trace.Has(1, "CRecurrentRule::ParseYearly03-period too short, no regular instances"));
 }
 
 TEST(YearlyOrdinalRule, AnUnknownWeekOfWeekendDaysListsNothing)

@@ -64,6 +64,34 @@ TEST_F(BodyReaderTest, AStreamOfExactlyOneReadIsReadOnceMore)
     SetLongBody(text);
 
     EXPECT_EQ(Body(), text);
+    EXPECT_EQ(m_message->streamReads, (std::vector<std::string>{"254 gave 254", "254 gave 0"}));
+}
+
+TEST_F(BodyReaderTest, AShortReadIsTheLast)
+{
+    SetLongBody(std::wstring(130, L'x'));
+
+    EXPECT_EQ(Body(), std::wstring(130, L'x'));
+    EXPECT_EQ(m_message->streamReads, (std::vector<std::string>{"254 gave 254", "254 gave 6"}));
+}
+
+TEST_F(BodyReaderTest, ABodyThatFitsIsNotReadFromItsStream)
+{
+    m_message->props.SetText(PR_BODY_W, L"text");
+    m_message->streams[PR_BODY_W] = WideBytes(L"never read");
+
+    EXPECT_EQ(Body(), L"text");
+    EXPECT_TRUE(m_message->streamReads.empty());
+}
+
+TEST_F(BodyReaderTest, TheStatusOfTheWholeCallCountsLikeThatOfTheValue)
+{
+    m_message->streams[PR_BODY_W] = WideBytes(L"from the stream");
+
+    m_message->failures[PR_BODY_W] = E_OUTOFMEMORY;
+    EXPECT_EQ(Body(), L"from the stream");
+    m_message->failures[PR_BODY_W] = MAPI_E_NO_ACCESS;
+    EXPECT_EQ(Body(), kNotRead);
 }
 
 TEST_F(BodyReaderTest, AnEmptyStreamGivesAnEmptyBody)

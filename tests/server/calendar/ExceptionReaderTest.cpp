@@ -125,6 +125,73 @@ TEST_F(ExceptionReaderTest, AnAttachmentThatCannotBeOpenedDoesNotStopTheWalk)
     EXPECT_EQ(m_found.strName, L"inside");
 }
 
+TEST_F(ExceptionReaderTest, TheTableIsAskedForTheNumbersOfEmbeddedMessages)
+{
+    m_message->attachmentTable = MakeFake<CFakeTable>();
+    SeriesRecipients recipients;
+    const Calls expected = {
+        "SetColumns 0E210003 flags 0", "Restrict 37050003 = 5 flags 2", "QueryRows 268435455"};
+
+    EXPECT_FALSE(Find("2024-03-05T10:00:00", "2024-03-05T11:00:00"));
+    EXPECT_EQ(m_message->attachmentTable->calls, expected);
+
+    m_message->attachmentTable->calls.clear();
+    CTestOutlook::GetExceptionRecipients(m_message.Get(), recipients);
+    EXPECT_EQ(m_message->attachmentTable->calls, expected);
+}
+
+TEST_F(ExceptionReaderTest, ARowWithoutANumberIsPassedOver)
+{
+    Attach("2024-03-05T10:30:00", L"inside");
+    m_message->attachmentTable = MakeFake<CFakeTable>();
+    m_message->attachmentTable->rows.resize(2);
+    m_message->attachmentTable->rows[1].SetLong(PR_ATTACH_NUM, 0);
+
+    EXPECT_TRUE(Find("2024-03-05T10:00:00", "2024-03-05T11:00:00"));
+
+    EXPECT_EQ(
+        m_message->calls,
+        (Calls{"attachments", "OpenAttach 0 flags 16", "OpenProperty data IMessage flags 1"}));
+}
+
+TEST_F(ExceptionReaderTest, ATableThatCannotBeReadGivesNothing)
+{
+    Attach("2024-03-05T10:30:00", L"inside");
+    m_message->attachmentTable = MakeFake<CFakeTable>();
+    m_message->attachmentTable->script["QueryRows"] = {MAPI_E_CALL_FAILED};
+
+    EXPECT_FALSE(Find("2024-03-05T10:00:00", "2024-03-05T11:00:00"));
+    EXPECT_EQ(m_message->calls, Calls{"attachments"});
+}
+
+TEST_F(ExceptionReaderTest, RecipientsOfAMessageThatGivesNoTableAreNone)
+{
+    m_message->script["GetAttachmentTable"] = {MAPI_E_NO_ACCESS};
+    SeriesRecipients recipients;
+
+    CTestOutlook::GetExceptionRecipients(nullptr, recipients);
+    CTestOutlook::GetExceptionRecipients(m_message.Get(), recipients);
+
+    EXPECT_TRUE(recipients.empty());
+    EXPECT_TRUE(m_trace.Has(0, "lpAttachedMessage is NULL"));
+    EXPECT_TRUE(m_trace.Has(0, "GetAttachmentTable failed, hresult=-2147024891"));
+}
+
+TEST_F(ExceptionReaderTest, RecipientsOfAnInstanceWithoutAStartStandUnderMinute0)
+{
+    m_message->Attach(nullptr); // cannot be opened, and does not stop the walk
+    const CComRef<CFakeMessage> embedded = MakeFake<CFakeMessage>();
+    embedded->recipients = {Recipient(L"Ada", L"ada@example.org")};
+    m_message->Attach(embedded);
+    SeriesRecipients recipients;
+
+    CTestOutlook::GetExceptionRecipients(m_message.Get(), recipients);
+
+    ASSERT_EQ(recipients.size(), 1U);
+    EXPECT_EQ(recipients.begin()->first, 0U);
+    EXPECT_EQ(recipients.begin()->second.at(0).name, L"Ada");
+}
+
 TEST_F(ExceptionReaderTest, RecipientsAreKeptByTheUtcStartInMinutes)
 {
     Attach("2024-03-05T10:30:59", L"one")->recipients = {Recipient(L"Ada", L"ada@example.org")};

@@ -60,6 +60,7 @@ HRESULT CFakeStream::Read(void* buffer, ULONG cb, ULONG* cbRead)
         std::memcpy(buffer, m_bytes.data() + m_at, count);
     }
     m_at += count;
+    m_reads.push_back(std::to_string(cb) + " gave " + std::to_string(count));
     *cbRead = static_cast<ULONG>(count);
     return S_OK;
 }

@@ -129,7 +129,12 @@ class CFakeMessage;
 class CFakeStream final : public IStream
 {
 public:
-    explicit CFakeStream(std::vector<BYTE> bytes) : m_bytes(std::move(bytes)) { CountFake(1); }
+    /// `reads` gets a "254 gave 100" for each Read; it outlives the stream.
+    CFakeStream(std::vector<BYTE> bytes, std::vector<std::string>& reads)
+        : m_bytes(std::move(bytes)), m_reads(reads)
+    {
+        CountFake(1);
+    }
 
     HRESULT STDMETHODCALLTYPE QueryInterface(REFIID, void**) override { return E_NOINTERFACE; }
     ULONG STDMETHODCALLTYPE AddRef() override { return ++m_references; }
@@ -165,6 +170,7 @@ private:
     ~CFakeStream() { CountFake(-1); }
 
     std::vector<BYTE> m_bytes;
+    std::vector<std::string>& m_reads;
     std::size_t m_at = 0;
     ULONG m_references = 1;
 };
@@ -196,8 +202,14 @@ public:
     CFakeProps props;
     std::vector<CFakeProps> recipients;
     std::map<ULONG, std::vector<BYTE>> streams; ///< by tag
+    std::vector<std::string> streamReads;
+    std::map<ULONG, HRESULT> failures; ///< by tag: the whole of GetProps fails
+    /// Tables to hand out in place of those made of the recipients and the attachments.
+    CComRef<CFakeTable> recipientTable;
+    CComRef<CFakeTable> attachmentTable;
     CFakeScript script;
     std::vector<std::string> calls;
+    std::vector<std::string> asked; ///< each property asked for, as SpeltTag writes it
 
 private:
     struct Attachment

@@ -53,6 +53,16 @@ HRESULT CFakeMessage::GetLastError(HRESULT, ULONG, MAPIERROR** error)
 
 HRESULT CFakeMessage::GetProps(SPropTagArray* tags, ULONG, ULONG* count, SPropValue** values)
 {
+    for (ULONG i = 0; i < tags->cValues; ++i)
+    {
+        asked.push_back(SpeltTag(tags->aulPropTag[i]));
+        if (const auto failure = failures.find(tags->aulPropTag[i]); failure != failures.end())
+        {
+            *count = 0;
+            *values = nullptr;
+            return failure->second;
+        }
+    }
     return props.Answer(tags, count, values);
 }
 
@@ -71,7 +81,7 @@ HRESULT CFakeMessage::OpenProperty(ULONG tag, const IID* iid, ULONG, ULONG, IUnk
         return MAPI_E_NOT_FOUND;
     }
     calls.emplace_back("stream opened");
-    *object = new CFakeStream(found->second);
+    *object = new CFakeStream(found->second, streamReads);
     return S_OK;
 }
 
@@ -79,7 +89,12 @@ HRESULT CFakeMessage::GetRecipientTable(ULONG flags, IMAPITable** table)
 {
     calls.push_back(flags == MAPI_UNICODE ? "recipients" : "recipients without unicode");
     const HRESULT status = script.Next("GetRecipientTable");
-    *table = SUCCEEDED(status) ? TableOf(recipients) : nullptr;
+    *table = nullptr;
+    if (SUCCEEDED(status))
+    {
+        *table = recipientTable ? CComRef<IMAPITable>::Share(recipientTable.Get()).Detach()
+                                : TableOf(recipients);
+    }
     return status;
 }
 
@@ -91,6 +106,11 @@ HRESULT CFakeMessage::GetAttachmentTable(ULONG flags, IMAPITable** table)
     if (FAILED(status))
     {
         return status;
+    }
+    if (attachmentTable)
+    {
+        *table = CComRef<IMAPITable>::Share(attachmentTable.Get()).Detach();
+        return S_OK;
     }
     std::vector<CFakeProps> rows;
     for (const Attachment& attachment : m_attachments)

@@ -1,7 +1,9 @@
 #include "FakeProps.h"
 
 #include <algorithm>
+#include <cstdio>
 #include <cstring>
+#include <iterator>
 #include <utility>
 
 namespace
@@ -28,6 +30,8 @@ std::vector<std::wstring>& KnownNames()
     return s_names;
 }
 
+constexpr ULONG kFirstNamed = 0x8100;
+
 ULONG IdentifierOf(const std::wstring& name)
 {
     std::vector<std::wstring>& names = KnownNames();
@@ -37,12 +41,14 @@ ULONG IdentifierOf(const std::wstring& name)
     {
         names.push_back(name);
     }
-    return 0x8100 + static_cast<ULONG>(place);
+    return kFirstNamed + static_cast<ULONG>(place);
 }
 
 std::wstring NameOf(const GUID& set, LONG id)
 {
-    return std::to_wstring(set.Data1) + L":" + std::to_wstring(id);
+    wchar_t text[32] = {};
+    std::swprintf(text, std::size(text), L"%lX:%lX", set.Data1, static_cast<ULONG>(id));
+    return text;
 }
 
 } // namespace
@@ -121,7 +127,8 @@ SPropValue CFakeProps::Value(ULONG tag, void* head) const
     }
     const Entry& entry = found->second;
     const ULONG type = PROP_TYPE(entry.tag);
-    if (type != PT_ERROR && PROP_TYPE(tag) != PT_UNSPECIFIED && type != PROP_TYPE(tag))
+    if (type != PT_ERROR && PROP_TYPE(tag) != PT_UNSPECIFIED && type != PROP_TYPE(tag) &&
+        !m_ignoresAskedTypes)
     {
         return value;
     }
@@ -189,6 +196,24 @@ ULONG NamedTag(const GUID& set, LONG id, ULONG type)
 ULONG NamedTag(const wchar_t* name, ULONG type)
 {
     return PROP_TAG(type, IdentifierOf(name));
+}
+
+std::string SpeltTag(ULONG tag)
+{
+    char text[16] = {};
+    const ULONG place = PROP_ID(tag) - kFirstNamed;
+    if (PROP_ID(tag) < kFirstNamed || place >= KnownNames().size())
+    {
+        std::snprintf(text, sizeof(text), "%08lX", tag);
+        return text;
+    }
+    std::snprintf(text, sizeof(text), " %04lX", PROP_TYPE(tag));
+    std::string name;
+    for (const wchar_t unit : KnownNames()[place])
+    {
+        name += static_cast<char>(unit);
+    }
+    return name + text;
 }
 
 HRESULT AnswerNames(ULONG count, MAPINAMEID** names, SPropTagArray** tags)

@@ -19,6 +19,8 @@ public:
     /// The property is there but does not come: `error` stands in its place.
     void SetError(ULONG tag, SCODE error);
     void Remove(ULONG tag);
+    /// Properties come whatever type is asked for, as careless stores give them.
+    void IgnoreAskedTypes() { m_ignoresAskedTypes = true; }
 
     /// The property of this tag, as a value whose blocks are linked to `head`. PT_UNSPECIFIED takes
     /// any type; without the property the value has type PT_ERROR.
@@ -43,12 +45,17 @@ private:
     void Keep(Entry entry);
 
     std::map<ULONG, Entry> m_entries;
+    bool m_ignoresAskedTypes = false;
 };
 
 /// The tag under which the fake store keeps a named property.
 ULONG NamedTag(const GUID& set, LONG id, ULONG type);
 /// A public text name.
 ULONG NamedTag(const wchar_t* name, ULONG type = PT_UNICODE);
+
+/// "62002:820D 0040", "TalvoKey 001F" or "0037001F": the name and asked type of a named property in
+/// hexadecimal digits, or the tag of any other.
+std::string SpeltTag(ULONG tag);
 
 /// Answers GetIDsFromNames: the store knows every name.
 HRESULT AnswerNames(ULONG count, MAPINAMEID** names, SPropTagArray** tags);

@@ -143,6 +143,35 @@ TEST_F(RecipientReaderTest, WithoutMessageOrTableOrRowsNothingHappens)
     EXPECT_TRUE(m_trace.Lines().empty());
 }
 
+TEST_F(RecipientReaderTest, TheRowsAreCountedAndReadInOneGo)
+{
+    m_message->recipientTable = MakeFake<CFakeTable>();
+    m_message->recipientTable->rows = {Recipient(L"Ada", L"ada@example.org"),
+                                       Recipient(L"Grace", L"grace@example.org"),
+                                       Recipient(L"Mary", L"mary@example.org")};
+
+    EXPECT_EQ(Read().size(), 3U);
+
+    EXPECT_EQ(m_message->recipientTable->calls,
+              (std::vector<std::string>{"GetRowCount", "QueryRows 3"}));
+}
+
+TEST_F(RecipientReaderTest, ACountOf0OrAFailureEndsTheReadingInSilence)
+{
+    m_message->recipientTable = MakeFake<CFakeTable>();
+    CFakeTable& table = *m_message->recipientTable.Get();
+
+    EXPECT_TRUE(Read().empty());
+    EXPECT_EQ(table.calls, std::vector<std::string>{"GetRowCount"});
+
+    table.rows = {Recipient(L"Ada", L"ada@example.org")};
+    table.script["GetRowCount"] = {MAPI_E_CALL_FAILED};
+    EXPECT_TRUE(Read().empty());
+    table.script["QueryRows"] = {MAPI_E_CALL_FAILED};
+    EXPECT_TRUE(Read().empty());
+    EXPECT_TRUE(m_trace.Lines().empty());
+}
+
 TEST_F(RecipientReaderTest, AfterEveryRowThereIsAPauseOfAMillisecondWhateverBecameOfIt)
 {
     CFakeProps nobody;
