@@ -1,11 +1,7 @@
 #include <algorithm>
 
-#include "FolderRow.h"
 #include "MapiTags64.h"
 #include "Message.h"
-#include "MessageRow.h"
-#include "Table.h"
-#include "Text.h"
 
 namespace mapistore
 {
@@ -18,116 +14,8 @@ consteval Operation Op(std::string_view method)
 }
 
 constexpr ULONG kOpenAttachFlags = MAPI_MODIFY | MAPI_BEST_ACCESS | MAPI_DEFERRED_ERRORS;
-constexpr ULONG kTableFlags = MAPI_UNICODE | MAPI_DEFERRED_ERRORS;
-
-/// The columns that every row of a table might have.
-std::vector<ULONG> UnionOf(std::vector<ULONG> columns, const std::vector<const CPropertyBag*>& bags)
-{
-    for (const CPropertyBag* bag : bags)
-    {
-        for (const CValue& value : *bag)
-        {
-            const bool known = std::any_of(columns.begin(), columns.end(), [&](ULONG tag) {
-                return PROP_ID(tag) == value.Id();
-            });
-            if (!known && value.Type() != PT_ERROR)
-            {
-                columns.push_back(value.Tag());
-            }
-        }
-    }
-    return columns;
-}
-
-std::uint64_t Now()
-{
-    FILETIME now{};
-    GetSystemTimeAsFileTime(&now);
-    return (std::uint64_t{now.dwHighDateTime} << 32) | now.dwLowDateTime;
-}
 
 } // namespace
-
-::IMAPITable* CMessageObject::AttachmentTable(bool unicode, Operation operation) const
-{
-    std::vector<RowPtr> rows;
-    std::vector<const CPropertyBag*> bags;
-    for (const Attachment& attachment : m_state->body.attachments)
-    {
-        CPropertyBag bag = attachment.props;
-        bag.Remove(PROP_ID(PR_ATTACH_DATA_BIN)); // data is no column of the table
-        bag.Set(CValue::Long(PR_ATTACH_NUM, static_cast<LONG>(rows.size())));
-        bag.Set(CValue::Long(PR_OBJECT_TYPE, MAPI_ATTACH));
-        bag.Set(MakeInstanceKey(rows.size() + 1));
-        rows.push_back(std::make_shared<CBagRow>(rows.size() + 1, std::move(bag)));
-        bags.push_back(&attachment.props);
-    }
-    std::vector<ULONG> columns =
-        UnionOf({PR_ATTACH_NUM, PR_INSTANCE_KEY, PR_OBJECT_TYPE, PR_ATTACH_METHOD}, bags);
-    columns.erase(std::remove(columns.begin(), columns.end(), PR_ATTACH_DATA_BIN), columns.end());
-    return reinterpret_cast<::IMAPITable*>(MakeStaticTable(
-        "attachments", std::move(rows), std::move(columns), unicode, operation, Life()));
-}
-
-::IMAPITable* CMessageObject::RecipientTable(bool unicode, Operation operation) const
-{
-    std::vector<RowPtr> rows;
-    std::vector<const CPropertyBag*> bags;
-    for (const CPropertyBag& recipient : m_state->body.recipients)
-    {
-        CPropertyBag bag = recipient;
-        bag.Set(CValue::Long(PR_ROWID, static_cast<LONG>(rows.size())));
-        bag.Set(MakeInstanceKey(rows.size() + 1));
-        if (bag.Find(PROP_ID(PR_OBJECT_TYPE)) == nullptr)
-        {
-            bag.Set(CValue::Long(PR_OBJECT_TYPE, MAPI_MAILUSER));
-        }
-        rows.push_back(std::make_shared<CBagRow>(rows.size() + 1, std::move(bag)));
-        bags.push_back(&recipient);
-    }
-    std::vector<ULONG> columns = UnionOf({PR_ROWID,
-                                          PR_INSTANCE_KEY,
-                                          PR_OBJECT_TYPE,
-                                          PR_RECIPIENT_TYPE,
-                                          PR_DISPLAY_NAME_W,
-                                          PR_ADDRTYPE_W,
-                                          PR_EMAIL_ADDRESS_W,
-                                          kTagSmtpAddressW,
-                                          PR_ENTRYID,
-                                          kTagRecipientTrackStatus,
-                                          kTagRecipientFlags},
-                                         bags);
-    return reinterpret_cast<::IMAPITable*>(MakeStaticTable(
-        "recipients", std::move(rows), std::move(columns), unicode, operation, Life()));
-}
-
-IUnknown* CMessageObject::OpenObject(ULONG tag, const IID& iid, ULONG interfaceFlags, ULONG)
-{
-    const bool unicode = (interfaceFlags & MAPI_UNICODE) != 0;
-    if (tag == PR_MESSAGE_ATTACHMENTS && iid == IID_IMAPITable)
-    {
-        return AttachmentTable(unicode, Op("OpenProperty"));
-    }
-    if (tag == PR_MESSAGE_RECIPIENTS && iid == IID_IMAPITable)
-    {
-        return RecipientTable(unicode, Op("OpenProperty"));
-    }
-    throw CMapiError(PROP_TYPE(tag) == PT_OBJECT ? MAPI_E_NOT_FOUND
-                                                 : MAPI_E_INTERFACE_NOT_SUPPORTED);
-}
-
-HRESULT CMessageObject::GetAttachmentTable(ULONG flags, ::IMAPITable** out)
-{
-    ClearOut(out);
-    constexpr Operation kOp = Op("GetAttachmentTable");
-    return Run(kOp, [&]() -> HRESULT {
-        const std::scoped_lock hold(m_state->store->folder->Lock());
-        CheckFlags(kOp, flags, kTableFlags);
-        RequireOut(out);
-        *out = AttachmentTable((flags & MAPI_UNICODE) != 0, kOp);
-        return S_OK;
-    });
-}
 
 HRESULT CMessageObject::OpenAttach(ULONG number, const IID* iid, ULONG flags, IAttach** out)
 {
@@ -199,19 +87,6 @@ HRESULT CMessageObject::DeleteAttach(ULONG number, ULONG, IMAPIProgress*, ULONG 
             list[i].props.Set(CValue::Long(PR_ATTACH_NUM, static_cast<LONG>(i)));
         }
         m_state->attachmentsChanged = true;
-        return S_OK;
-    });
-}
-
-HRESULT CMessageObject::GetRecipientTable(ULONG flags, ::IMAPITable** out)
-{
-    ClearOut(out);
-    constexpr Operation kOp = Op("GetRecipientTable");
-    return Run(kOp, [&]() -> HRESULT {
-        const std::scoped_lock hold(m_state->store->folder->Lock());
-        CheckFlags(kOp, flags, kTableFlags);
-        RequireOut(out);
-        *out = RecipientTable((flags & MAPI_UNICODE) != 0, kOp);
         return S_OK;
     });
 }
@@ -343,7 +218,7 @@ HRESULT CMessageObject::SubmitMessage(ULONG flags)
         PropertyChange change;
         change.set.push_back(CValue::Long(
             PR_MESSAGE_FLAGS, static_cast<LONG>(before | MSGFLAG_SUBMIT | MSGFLAG_UNSENT)));
-        change.set.push_back(CValue::Time(PR_CLIENT_SUBMIT_TIME, Now()));
+        change.set.push_back(CValue::Now(PR_CLIENT_SUBMIT_TIME));
         state.Change(change);
         Store();
         state.submitted = true;

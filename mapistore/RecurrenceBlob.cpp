@@ -11,7 +11,6 @@ namespace
 
 constexpr std::uint32_t kNeverEndDate = 0x5AE980DF;
 constexpr std::uint32_t kWorkdayMask = 0x3E;
-constexpr std::uint32_t kWorkdayFirstDateTime = 8640;
 
 // OverrideFlags of an exception.
 constexpr std::uint32_t kSubject = 0x0001;
@@ -37,113 +36,6 @@ void Put32(std::string& bytes, std::uint32_t value)
     Put16(bytes, value >> 16);
 }
 
-std::uint32_t WeekdayOf(std::uint32_t days)
-{
-    return (days + 1) % 7; // 1601-01-01 was a Monday
-}
-
-std::uint32_t MonthsFrom1601(std::uint32_t days)
-{
-    int year = 0;
-    int month = 0;
-    int day = 0;
-    DateFrom1601(days, year, month, day);
-    return static_cast<std::uint32_t>((year - 1601) * 12 + month - 1);
-}
-
-std::uint32_t FirstOfMonth(std::uint32_t months)
-{
-    return DaysFrom1601(1601 + static_cast<int>(months / 12), static_cast<int>(months % 12) + 1, 1);
-}
-
-std::uint32_t WeekStart(std::uint32_t days, std::uint32_t firstDayOfWeek)
-{
-    return days - (WeekdayOf(days) + 7 - firstDayOfWeek) % 7;
-}
-
-bool InMask(std::uint32_t mask, std::uint32_t days)
-{
-    return (mask & (1U << WeekdayOf(days))) != 0;
-}
-
-/// The day of a month that "the n-th such day" or "day n" means.
-std::uint32_t TargetInMonth(const RecurrenceDescription& rule, std::uint32_t months)
-{
-    const std::uint32_t first = FirstOfMonth(months);
-    const std::uint32_t last = FirstOfMonth(months + 1) - 1;
-    if (rule.dayOfMonth != 0)
-    {
-        return std::min(first + rule.dayOfMonth - 1, last);
-    }
-    std::uint32_t found = 0;
-    std::uint32_t seen = 0;
-    for (std::uint32_t day = first; day <= last; ++day)
-    {
-        if (InMask(rule.dayMask, day) && (rule.week == 5 || seen < rule.week))
-        {
-            found = day;
-            ++seen;
-        }
-    }
-    return found;
-}
-
-bool IsInstance(const RecurrenceDescription& rule, std::uint32_t day)
-{
-    switch (rule.frequency)
-    {
-    case RecurrenceFrequency::Daily:
-        return (day - rule.start) % rule.interval == 0;
-    case RecurrenceFrequency::Workdays:
-        return InMask(kWorkdayMask, day);
-    case RecurrenceFrequency::Weekly: {
-        const std::uint32_t weeks =
-            (WeekStart(day, rule.firstDayOfWeek) - WeekStart(rule.start, rule.firstDayOfWeek)) / 7;
-        return weeks % rule.interval == 0 && InMask(rule.dayMask, day);
-    }
-    default: {
-        const std::uint32_t period =
-            rule.frequency == RecurrenceFrequency::Yearly ? rule.interval * 12 : rule.interval;
-        const std::uint32_t months = MonthsFrom1601(day);
-        return (months - MonthsFrom1601(rule.start)) % period == 0 &&
-               TargetInMonth(rule, months) == day;
-    }
-    }
-}
-
-std::uint32_t FirstDateTime(const RecurrenceDescription& rule, std::uint32_t period)
-{
-    switch (rule.frequency)
-    {
-    case RecurrenceFrequency::Daily:
-        return static_cast<std::uint32_t>(std::uint64_t{rule.start} * kMinutesPerDay % period);
-    case RecurrenceFrequency::Workdays:
-        return kWorkdayFirstDateTime;
-    case RecurrenceFrequency::Weekly: {
-        const std::uint64_t week =
-            std::uint64_t{WeekStart(rule.start, rule.firstDayOfWeek)} * kMinutesPerDay;
-        return static_cast<std::uint32_t>(week % (std::uint64_t{period} * 7 * kMinutesPerDay));
-    }
-    default:
-        return FirstOfMonth(MonthsFrom1601(rule.start) % period) * kMinutesPerDay;
-    }
-}
-
-std::uint32_t PeriodOf(const RecurrenceDescription& rule)
-{
-    switch (rule.frequency)
-    {
-    case RecurrenceFrequency::Daily:
-        return rule.interval * kMinutesPerDay;
-    case RecurrenceFrequency::Workdays:
-        return 1;
-    case RecurrenceFrequency::Yearly:
-        return rule.interval * 12;
-    default:
-        return rule.interval;
-    }
-}
-
 void PutPattern(std::string& bytes, const RecurrenceDescription& rule)
 {
     const bool byMonth = rule.frequency == RecurrenceFrequency::Monthly ||
@@ -164,14 +56,13 @@ void PutPattern(std::string& bytes, const RecurrenceDescription& rule)
     {
         pattern = 1;
     }
-    const std::uint32_t period = PeriodOf(rule);
     Put16(bytes, 0x3004);
     Put16(bytes, 0x3004);
     Put16(bytes, frequency);
     Put16(bytes, pattern);
     Put16(bytes, 0);
-    Put32(bytes, FirstDateTime(rule, period));
-    Put32(bytes, period);
+    Put32(bytes, FirstDateTimeOf(rule));
+    Put32(bytes, PeriodOf(rule));
     Put32(bytes, 0);
     if (pattern == 1)
     {
@@ -332,54 +223,7 @@ void PutSwitch(std::string& bytes, const ZoneSwitch& date)
     Put16(bytes, 0); // millisecond
 }
 
-bool IsLeap(int year)
-{
-    return year % 400 == 0 || (year % 4 == 0 && year % 100 != 0);
-}
-
 } // namespace
-
-int DaysInMonthOf(int year, int month)
-{
-    static constexpr int kDays[] = {31, 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
-    return month == 2 && IsLeap(year) ? 29 : kDays[month - 1];
-}
-
-std::uint32_t DaysFrom1601(int year, int month, int day)
-{
-    const int past = year - 1601;
-    int days = past * 365 + past / 4 - past / 100 + past / 400;
-    for (int i = 1; i < month; ++i)
-    {
-        days += DaysInMonthOf(year, i);
-    }
-    return static_cast<std::uint32_t>(days + day - 1);
-}
-
-void DateFrom1601(std::uint32_t days, int& year, int& month, int& day)
-{
-    year = 1601 + static_cast<int>(days / 366);
-    while (DaysFrom1601(year + 1, 1, 1) <= days)
-    {
-        ++year;
-    }
-    month = 1;
-    while (month < 12 && DaysFrom1601(year, month + 1, 1) <= days)
-    {
-        ++month;
-    }
-    day = static_cast<int>(days - DaysFrom1601(year, month, 1)) + 1;
-}
-
-std::uint32_t CountInstances(const RecurrenceDescription& description, std::uint32_t last)
-{
-    std::uint32_t count = 0;
-    for (std::uint32_t day = description.start; day <= last; ++day)
-    {
-        count += IsInstance(description, day) ? 1U : 0U;
-    }
-    return count;
-}
 
 std::string EncodeRecurrence(const RecurrenceDescription& rule)
 {

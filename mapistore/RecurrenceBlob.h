@@ -5,6 +5,8 @@
 #include <string>
 #include <vector>
 
+#include "Days1601.h"
+
 namespace mapistore
 {
 
@@ -12,11 +14,6 @@ namespace mapistore
 using Minutes1601 = std::uint32_t;
 
 constexpr Minutes1601 kMinutesPerDay = 1440;
-
-/// 0 for January 1 of 1601. Exact for every Gregorian date from then on.
-std::uint32_t DaysFrom1601(int year, int month, int day);
-void DateFrom1601(std::uint32_t days, int& year, int& month, int& day);
-int DaysInMonthOf(int year, int month);
 
 enum class RecurrenceFrequency
 {
@@ -81,6 +78,10 @@ std::string EncodeRecurrence(const RecurrenceDescription& description);
 
 /// How many instances the pattern has from its start to `last`, both included.
 std::uint32_t CountInstances(const RecurrenceDescription& description, std::uint32_t last);
+
+/// The pattern's fields FirstDateTime and Period: minutes for daily ones, weeks, or months.
+std::uint32_t FirstDateTimeOf(const RecurrenceDescription& description);
+std::uint32_t PeriodOf(const RecurrenceDescription& description);
 
 struct ZoneSwitch
 {

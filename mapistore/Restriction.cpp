@@ -2,6 +2,7 @@
 
 #include "Buffer.h"
 #include "MapiTags64.h"
+#include "RestrictionNodes.h"
 #include "Text.h"
 
 namespace mapistore
@@ -10,64 +11,10 @@ namespace
 {
 
 constexpr int kMaxDepth = 256;
-constexpr ULONG kIdAnr = PROP_ID(PR_ANR_W);
 
-using Node = std::unique_ptr<const CRestriction>;
+using Node = RestrictionNode;
 
 Node CompileNode(const SRestriction& restriction, int depth);
-
-/// The stored value when it has the type of the tag, single or as one of several.
-const CValue* TypedValue(const IPropertySource& source, ULONG tag, CValue& scratch)
-{
-    const CValue* value = source.Find(PROP_ID(tag), scratch);
-    if (value == nullptr || value->Type() == PT_ERROR)
-    {
-        return nullptr;
-    }
-    const ULONG asked = PROP_TYPE(tag) == PT_STRING8 ? PT_UNICODE : PROP_TYPE(tag);
-    const ULONG stored = value->Type();
-    if (asked == PT_UNSPECIFIED || asked == stored || (asked | MV_FLAG) == stored)
-    {
-        return value;
-    }
-    return nullptr;
-}
-
-template <class Test>
-bool AnyValue(const CValue& value, const Test& test)
-{
-    if ((value.Type() & MV_FLAG) == 0)
-    {
-        return test(value);
-    }
-    for (const CValue& item : value.Items())
-    {
-        if (test(item))
-        {
-            return true;
-        }
-    }
-    return false;
-}
-
-bool Holds(ULONG relop, int order)
-{
-    switch (relop)
-    {
-    case RELOP_LT:
-        return order < 0;
-    case RELOP_LE:
-        return order <= 0;
-    case RELOP_GT:
-        return order > 0;
-    case RELOP_GE:
-        return order >= 0;
-    case RELOP_EQ:
-        return order == 0;
-    default:
-        return order != 0;
-    }
-}
 
 void CheckRelop(ULONG relop)
 {
@@ -80,221 +27,6 @@ void CheckRelop(ULONG relop)
         throw CMapiError(MAPI_E_INVALID_PARAMETER, L"an unknown relation");
     }
 }
-
-class CMany final : public CRestriction
-{
-public:
-    CMany(bool all, std::vector<Node> nodes) : m_all(all), m_nodes(std::move(nodes)) {}
-    bool Matches(const IPropertySource& source) const override
-    {
-        for (const Node& node : m_nodes)
-        {
-            if (node->Matches(source) != m_all)
-            {
-                return !m_all;
-            }
-        }
-        return m_all;
-    }
-
-private:
-    bool m_all;
-    std::vector<Node> m_nodes;
-};
-
-class CNot final : public CRestriction
-{
-public:
-    explicit CNot(Node node) : m_node(std::move(node)) {}
-    bool Matches(const IPropertySource& source) const override { return !m_node->Matches(source); }
-
-private:
-    Node m_node;
-};
-
-class CContent final : public CRestriction
-{
-public:
-    CContent(ULONG fuzzy, ULONG tag, CValue value)
-        : m_fuzzy(fuzzy), m_tag(tag), m_value(std::move(value))
-    {
-    }
-    bool Matches(const IPropertySource& source) const override
-    {
-        CValue scratch;
-        const CValue* value = TypedValue(source, m_tag, scratch);
-        return value != nullptr && AnyValue(*value, [this](const CValue& one) {
-                   return one.Type() == PT_BINARY ? BytesMatch(one) : TextMatches(one);
-               });
-    }
-
-private:
-    bool TextMatches(const CValue& one) const
-    {
-        if (one.IsFile())
-        {
-            return ContentMatches(one.AsText(), m_value.WideView(), m_fuzzy);
-        }
-        return ContentMatches(one.WideView(), m_value.WideView(), m_fuzzy);
-    }
-    bool BytesMatch(const CValue& one) const
-    {
-        const std::string held = one.Bytes();
-        const std::string_view pattern = m_value.View();
-        switch (m_fuzzy & 0xFFFF)
-        {
-        case FL_SUBSTRING:
-            return held.find(pattern) != std::string::npos;
-        case FL_PREFIX:
-            return std::string_view(held).substr(0, pattern.size()) == pattern;
-        default:
-            return held == pattern;
-        }
-    }
-
-    ULONG m_fuzzy;
-    ULONG m_tag;
-    CValue m_value;
-};
-
-class CProperty final : public CRestriction
-{
-public:
-    CProperty(ULONG relop, ULONG tag, CValue value)
-        : m_relop(relop), m_tag(tag), m_value(std::move(value))
-    {
-    }
-    bool Matches(const IPropertySource& source) const override
-    {
-        if (PROP_ID(m_tag) == kIdAnr)
-        {
-            return AnswersToName(source, m_value.WideView()) == (m_relop != RELOP_NE);
-        }
-        CValue scratch;
-        const CValue* value = TypedValue(source, m_tag, scratch);
-        return value != nullptr && AnyValue(*value, [this](const CValue& one) {
-                   bool comparable = false;
-                   const int order = CompareValues(one, m_value, comparable);
-                   return comparable && Holds(m_relop, order);
-               });
-    }
-
-private:
-    ULONG m_relop;
-    ULONG m_tag;
-    CValue m_value;
-};
-
-class CCompare final : public CRestriction
-{
-public:
-    explicit CCompare(const SComparePropsRestriction& res) : m_res(res) {}
-    bool Matches(const IPropertySource& source) const override
-    {
-        CValue firstScratch;
-        CValue secondScratch;
-        const CValue* first = TypedValue(source, m_res.ulPropTag1, firstScratch);
-        const CValue* second = TypedValue(source, m_res.ulPropTag2, secondScratch);
-        if (first == nullptr || second == nullptr)
-        {
-            return false;
-        }
-        bool comparable = false;
-        const int order = CompareValues(*first, *second, comparable);
-        return comparable && Holds(m_res.relop, order);
-    }
-
-private:
-    SComparePropsRestriction m_res;
-};
-
-class CBitMask final : public CRestriction
-{
-public:
-    explicit CBitMask(const SBitMaskRestriction& res) : m_res(res) {}
-    bool Matches(const IPropertySource& source) const override
-    {
-        CValue scratch;
-        const CValue* value = TypedValue(source, m_res.ulPropTag, scratch);
-        if (value == nullptr || value->Type() != PT_LONG)
-        {
-            return false;
-        }
-        const bool isZero = (static_cast<ULONG>(value->AsLong()) & m_res.ulMask) == 0;
-        return isZero == (m_res.relBMR == BMR_EQZ);
-    }
-
-private:
-    SBitMaskRestriction m_res;
-};
-
-class CSize final : public CRestriction
-{
-public:
-    explicit CSize(const SSizeRestriction& res) : m_res(res) {}
-    bool Matches(const IPropertySource& source) const override
-    {
-        CValue scratch;
-        const CValue* value = TypedValue(source, m_res.ulPropTag, scratch);
-        return value != nullptr && AnyValue(*value, [this](const CValue& one) {
-                   const std::uint64_t cb = one.SizeInBytes();
-                   return Holds(m_res.relop, cb < m_res.cb ? -1 : (cb > m_res.cb ? 1 : 0));
-               });
-    }
-
-private:
-    SSizeRestriction m_res;
-};
-
-class CExist final : public CRestriction
-{
-public:
-    explicit CExist(ULONG tag) : m_tag(tag) {}
-    bool Matches(const IPropertySource& source) const override
-    {
-        CValue scratch;
-        return TypedValue(source, m_tag, scratch) != nullptr;
-    }
-
-private:
-    ULONG m_tag;
-};
-
-class CBagSource final : public IPropertySource
-{
-public:
-    explicit CBagSource(const CPropertyBag& bag) : m_bag(bag) {}
-    const CValue* Find(ULONG id, CValue&) const override { return m_bag.Find(id); }
-    const std::vector<CPropertyBag>* SubRows(ULONG) const override { return nullptr; }
-
-private:
-    const CPropertyBag& m_bag;
-};
-
-class CSub final : public CRestriction
-{
-public:
-    CSub(ULONG tag, Node node) : m_tag(tag), m_node(std::move(node)) {}
-    bool Matches(const IPropertySource& source) const override
-    {
-        const std::vector<CPropertyBag>* rows = source.SubRows(m_tag);
-        if (rows != nullptr)
-        {
-            for (const CPropertyBag& row : *rows)
-            {
-                if (m_node->Matches(CBagSource(row)))
-                {
-                    return true;
-                }
-            }
-        }
-        return false;
-    }
-
-private:
-    ULONG m_tag;
-    Node m_node;
-};
 
 std::vector<Node> CompileNodes(ULONG count, const SRestriction* nodes, int depth)
 {
@@ -342,7 +74,7 @@ Node CompileContent(const SContentRestriction& res)
     {
         throw CMapiError(MAPI_E_TOO_COMPLEX, L"content of neither text nor bytes");
     }
-    return std::make_unique<CContent>(res.ulFuzzyLevel, res.ulPropTag, std::move(value));
+    return MakeContent(res.ulFuzzyLevel, res.ulPropTag, std::move(value));
 }
 
 Node CompileProperty(const SPropertyRestriction& res)
@@ -353,11 +85,11 @@ Node CompileProperty(const SPropertyRestriction& res)
     {
         throw CMapiError(MAPI_E_TOO_COMPLEX, L"comparing with several values");
     }
-    if (PROP_ID(res.ulPropTag) == kIdAnr && value.Type() != PT_UNICODE)
+    if (PROP_ID(res.ulPropTag) == PROP_ID(PR_ANR_W) && value.Type() != PT_UNICODE)
     {
         throw CMapiError(MAPI_E_INVALID_TYPE, L"name resolution of no text");
     }
-    return std::make_unique<CProperty>(res.relop, res.ulPropTag, std::move(value));
+    return MakeProperty(res.relop, res.ulPropTag, std::move(value));
 }
 
 Node CompileNode(const SRestriction& restriction, int depth)
@@ -370,43 +102,41 @@ Node CompileNode(const SRestriction& restriction, int depth)
     switch (restriction.rt)
     {
     case RES_AND:
-        return std::make_unique<CMany>(true,
-                                       CompileNodes(res.resAnd.cRes, res.resAnd.lpRes, depth));
+        return MakeAll(CompileNodes(res.resAnd.cRes, res.resAnd.lpRes, depth));
     case RES_OR:
-        return std::make_unique<CMany>(false, CompileNodes(res.resOr.cRes, res.resOr.lpRes, depth));
+        return MakeAny(CompileNodes(res.resOr.cRes, res.resOr.lpRes, depth));
     case RES_NOT:
-        return std::make_unique<CNot>(CompileOne(res.resNot.lpRes, depth));
+        return MakeNot(CompileOne(res.resNot.lpRes, depth));
     case RES_CONTENT:
         return CompileContent(res.resContent);
     case RES_PROPERTY:
         return CompileProperty(res.resProperty);
     case RES_COMPAREPROPS:
         CheckRelop(res.resCompareProps.relop);
-        return std::make_unique<CCompare>(res.resCompareProps);
+        return MakeCompare(res.resCompareProps);
     case RES_BITMASK:
         if (res.resBitMask.relBMR > BMR_NEZ)
         {
             throw CMapiError(MAPI_E_INVALID_PARAMETER, L"an unknown relation");
         }
-        return std::make_unique<CBitMask>(res.resBitMask);
+        return MakeBitMask(res.resBitMask);
     case RES_SIZE:
         CheckRelop(res.resSize.relop);
-        return std::make_unique<CSize>(res.resSize);
+        return MakeSize(res.resSize);
     case RES_EXIST:
-        return std::make_unique<CExist>(res.resExist.ulPropTag);
+        return MakeExist(res.resExist.ulPropTag);
     case RES_SUBRESTRICTION:
-        return std::make_unique<CSub>(res.resSub.ulSubObject, CompileOne(res.resSub.lpRes, depth));
+        return MakeSub(res.resSub.ulSubObject, CompileOne(res.resSub.lpRes, depth));
     case RES_COMMENT:
         if (res.resComment.lpRes == nullptr)
         {
-            return std::make_unique<CMany>(true, std::vector<Node>());
+            return MakeAll({});
         }
         return CompileNode(*res.resComment.lpRes, depth + 1);
     default:
         throw CMapiError(MAPI_E_INVALID_PARAMETER, L"an unknown kind of restriction");
     }
 }
-
 class CRowSource final : public IPropertySource
 {
 public:

@@ -3,39 +3,10 @@
 #include <algorithm>
 #include <set>
 
-#include "Runtime.h"
+#include "RowOrder.h"
 
 namespace mapistore
 {
-namespace
-{
-
-CValue InstanceKeyOf(const IRow& row)
-{
-    CValue scratch;
-    const CValue* key = row.Find(PROP_ID(PR_INSTANCE_KEY), scratch);
-    return key != nullptr ? *key : CValue();
-}
-
-/// A missing key sorts before every value, as a null would.
-int CompareKeys(const CValue* left, const CValue* right)
-{
-    if (left == nullptr || right == nullptr)
-    {
-        return left == right ? 0 : (left == nullptr ? -1 : 1);
-    }
-    bool comparable = false;
-    const int order = CompareValues(*left, *right, comparable);
-    return comparable ? order : 0;
-}
-
-const CValue* SortKey(const IRow& row, ULONG tag, CValue& scratch)
-{
-    const CValue* value = row.Find(PROP_ID(tag), scratch);
-    return value != nullptr && value->Type() != PT_ERROR ? value : nullptr;
-}
-
-} // namespace
 
 CTableView::CTableView(Source source, std::vector<ULONG> defaultColumns)
     : m_source(std::move(source)), m_columns(defaultColumns),
@@ -96,7 +67,6 @@ void CTableView::Prepare()
         m_ready = true;
     }
 }
-
 void CTableView::Rebuild()
 {
     std::vector<RowPtr> all = m_source();
@@ -108,76 +78,14 @@ void CTableView::Rebuild()
                            [this](const RowPtr& row) { return !m_restriction->Matches(*row); }),
             all.end());
     }
-    if (m_order.empty())
-    {
-        std::sort(all.begin(), all.end(), [](const RowPtr& left, const RowPtr& right) {
-            return left->Order() < right->Order();
-        });
-        m_rows = std::move(all);
-        return;
-    }
-    // The keys are taken once: a computed one would be made anew for each comparison.
-    struct Keyed
-    {
-        RowPtr row;
-        std::vector<CValue> keys;
-    };
-    std::vector<Keyed> keyed;
-    keyed.reserve(all.size());
-    for (RowPtr& row : all)
-    {
-        Keyed one;
-        for (const SSortOrder& order : m_order)
-        {
-            CValue scratch;
-            const CValue* key = SortKey(*row, order.ulPropTag, scratch);
-            one.keys.push_back(key != nullptr ? *key : CValue());
-        }
-        one.row = std::move(row);
-        keyed.push_back(std::move(one));
-    }
-    std::sort(keyed.begin(), keyed.end(), [this](const Keyed& left, const Keyed& right) {
-        for (size_t i = 0; i < m_order.size(); ++i)
-        {
-            const CValue& a = left.keys[i];
-            const CValue& b = right.keys[i];
-            const int order = CompareKeys(a.Empty() ? nullptr : &a, b.Empty() ? nullptr : &b);
-            if (order != 0)
-            {
-                return (order < 0) == (m_order[i].ulOrder == TABLE_SORT_ASCEND);
-            }
-        }
-        return left.row->Order() < right.row->Order();
-    });
-    m_rows.clear();
-    m_rows.reserve(keyed.size());
-    for (Keyed& one : keyed)
-    {
-        m_rows.push_back(std::move(one.row));
-    }
+    SortRows(all, m_order);
+    m_rows = std::move(all);
 }
-
-bool CTableView::Before(const IRow& left, const IRow& right) const
-{
-    for (const SSortOrder& sort : m_order)
-    {
-        CValue leftScratch;
-        CValue rightScratch;
-        const int order = CompareKeys(SortKey(left, sort.ulPropTag, leftScratch),
-                                      SortKey(right, sort.ulPropTag, rightScratch));
-        if (order != 0)
-        {
-            return (order < 0) == (sort.ulOrder == TABLE_SORT_ASCEND);
-        }
-    }
-    return left.Order() < right.Order();
-}
-
 size_t CTableView::PlaceOf(const IRow& row) const
 {
     const auto found = std::lower_bound(
         m_rows.begin(), m_rows.end(), row, [this](const RowPtr& one, const IRow& wanted) {
-            return Before(*one, wanted);
+            return SortsBefore(*one, wanted, m_order);
         });
     return static_cast<size_t>(found - m_rows.begin());
 }
@@ -315,103 +223,6 @@ bool CTableView::Disconnect(mapi64::Connection connection)
     }
     m_connections.erase(found);
     return true;
-}
-
-void CTableView::Insert(const RowPtr& row)
-{
-    const size_t place = PlaceOf(*row);
-    m_rows.insert(m_rows.begin() + static_cast<std::ptrdiff_t>(place), row);
-    if (place < m_cursor)
-    {
-        ++m_cursor;
-    }
-}
-
-void CTableView::Erase(size_t place)
-{
-    for (auto& [number, bookmark] : m_bookmarks)
-    {
-        if (bookmark.row == m_rows[place])
-        {
-            bookmark.moved = true;
-        }
-    }
-    m_rows.erase(m_rows.begin() + static_cast<std::ptrdiff_t>(place));
-    if (place < m_cursor)
-    {
-        --m_cursor;
-    }
-}
-
-void CTableView::Tell(ULONG tableEvent, const RowPtr& row, size_t place)
-{
-    NotifyEvent event;
-    event.tableEvent = tableEvent;
-    event.index = InstanceKeyOf(*row);
-    if (tableEvent != TABLE_ROW_DELETED)
-    {
-        if (place != 0)
-        {
-            event.prior = InstanceKeyOf(*m_rows[place - 1]);
-        }
-        event.columns = m_columns;
-        for (const ULONG tag : m_columns)
-        {
-            CValue scratch;
-            const CValue* value = row->Find(PROP_ID(tag), scratch);
-            event.row.push_back(value != nullptr ? *value : CValue());
-        }
-    }
-    for (const mapi64::Connection connection : m_connections)
-    {
-        Runtime().Notifier().Post(connection, event);
-    }
-}
-
-void CTableView::Apply(const RowChange& change)
-{
-    if (!m_ready)
-    {
-        return; // the next look reads the source as it is then
-    }
-    size_t oldPlace = m_rows.size();
-    if (change.before)
-    {
-        const size_t place = PlaceOf(*change.before);
-        const bool isIn = place < m_rows.size() && m_rows[place]->Id() == change.before->Id();
-        oldPlace = isIn ? place : m_rows.size();
-    }
-    const bool wasIn = oldPlace != m_rows.size();
-    const bool isIn = change.after && (!m_restriction || m_restriction->Matches(*change.after));
-    const bool staysInPlace = wasIn && isIn && !Before(*change.before, *change.after) &&
-                              !Before(*change.after, *change.before);
-    if (staysInPlace)
-    {
-        const RowPtr old = m_rows[oldPlace];
-        m_rows[oldPlace] = change.after;
-        for (auto& [number, bookmark] : m_bookmarks)
-        {
-            if (bookmark.row == old)
-            {
-                bookmark.row = change.after;
-            }
-        }
-        Tell(TABLE_ROW_MODIFIED, change.after, oldPlace);
-        return;
-    }
-    if (wasIn)
-    {
-        Erase(oldPlace);
-    }
-    if (isIn)
-    {
-        Insert(change.after);
-        Tell(wasIn ? TABLE_ROW_MODIFIED : TABLE_ROW_ADDED, change.after, PlaceOf(*change.after));
-    }
-    else if (wasIn)
-    {
-        Tell(TABLE_ROW_DELETED, change.before, 0);
-    }
 }
 
 } // namespace mapistore

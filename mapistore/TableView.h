@@ -72,7 +72,6 @@ private:
 
     void Prepare();
     void Rebuild();
-    bool Before(const IRow& left, const IRow& right) const;
     size_t PlaceOf(const IRow& row) const;
     void Insert(const RowPtr& row);
     void Erase(size_t place);

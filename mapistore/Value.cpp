@@ -116,6 +116,13 @@ CValue CValue::Time(ULONG tag, std::uint64_t time)
     return Raw(tag, time);
 }
 
+CValue CValue::Now(ULONG tag)
+{
+    FILETIME now{};
+    GetSystemTimeAsFileTime(&now);
+    return Raw(tag, (std::uint64_t{now.dwHighDateTime} << 32) | now.dwLowDateTime);
+}
+
 CValue CValue::Double(ULONG tag, double number)
 {
     std::uint64_t bits = 0;

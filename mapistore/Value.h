@@ -46,6 +46,8 @@ public:
     static CValue Long(ULONG tag, LONG value);
     static CValue Boolean(ULONG tag, bool value);
     static CValue Time(ULONG tag, std::uint64_t value);
+    /// The system's clock as it stands.
+    static CValue Now(ULONG tag);
     static CValue Double(ULONG tag, double value);
     static CValue Error(ULONG tag, SCODE code);
     static CValue Text(ULONG tag, std::wstring_view text);

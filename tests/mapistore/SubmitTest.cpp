@@ -7,22 +7,6 @@ using namespace mapitest;
 namespace
 {
 
-SPropValue Text(ULONG tag, const wchar_t* text)
-{
-    SPropValue value{};
-    value.ulPropTag = tag;
-    value.Value.lpszW = const_cast<wchar_t*>(text);
-    return value;
-}
-
-SPropValue Number(ULONG tag, LONG number)
-{
-    SPropValue value{};
-    value.ulPropTag = tag;
-    value.Value.l = number;
-    return value;
-}
-
 class SubmitTest : public StoreTest
 {
 protected:
@@ -45,13 +29,13 @@ protected:
         MessageRef message;
         EXPECT_EQ(outbox->CreateMessage(nullptr, 0, message.Put()), S_OK);
         std::string sent = FolderId(6);
-        SPropValue values[] = {Text(PR_SUBJECT_W, L"Hello"),
-                               Number(PR_SENTMAIL_ENTRYID, 0),
-                               Text(PR_MESSAGE_CLASS_W, L"IPM.Note"),
-                               Number(PR_MESSAGE_FLAGS, 43),
-                               Number(mapistore::kTagInternetCodePage, 65001),
-                               Text(PR_BODY_W, L"Text"),
-                               Number(mapistore::kTagEditorFormat, 1)};
+        SPropValue values[] = {TextValue(PR_SUBJECT_W, L"Hello"),
+                               NumberValue(PR_SENTMAIL_ENTRYID, 0),
+                               TextValue(PR_MESSAGE_CLASS_W, L"IPM.Note"),
+                               NumberValue(PR_MESSAGE_FLAGS, 43),
+                               NumberValue(mapistore::kTagInternetCodePage, 65001),
+                               TextValue(PR_BODY_W, L"Text"),
+                               NumberValue(mapistore::kTagEditorFormat, 1)};
         values[1].Value.bin = {32, reinterpret_cast<BYTE*>(sent.data())};
         EXPECT_EQ(message->SetProps(7, values, nullptr), S_OK);
         EXPECT_EQ(message->SaveChanges(KEEP_OPEN_READWRITE), S_OK);
@@ -71,10 +55,10 @@ protected:
                          : MAPIAllocateBuffer(4 * sizeof(SPropValue), &values),
                   S_OK);
         entry.rgPropVals = static_cast<SPropValue*>(values);
-        entry.rgPropVals[0] = Text(PR_EMAIL_ADDRESS_W, name);
-        entry.rgPropVals[1] = Number(PR_RECIPIENT_TYPE, MAPI_TO);
-        entry.rgPropVals[2] = Text(PR_ADDRTYPE_W, L"SMTP");
-        entry.rgPropVals[3] = Text(PR_DISPLAY_NAME_W, name);
+        entry.rgPropVals[0] = TextValue(PR_EMAIL_ADDRESS_W, name);
+        entry.rgPropVals[1] = NumberValue(PR_RECIPIENT_TYPE, MAPI_TO);
+        entry.rgPropVals[2] = TextValue(PR_ADDRTYPE_W, L"SMTP");
+        entry.rgPropVals[3] = TextValue(PR_DISPLAY_NAME_W, name);
         return list;
     }
     static const SPropValue* Find(const ADRENTRY& entry, ULONG tag)
@@ -134,7 +118,7 @@ TEST_F(SubmitTest, SubmittedMessageCannotBeChangedAnyMore)
     const CHeld<ADRLIST> list = List(L"someone@else.example", true);
     ASSERT_EQ(message->ModifyRecipients(MODRECIP_ADD, list.Get()), S_OK);
     ASSERT_EQ(message->SubmitMessage(0), S_OK);
-    SPropValue value = Text(PR_SUBJECT_W, L"late");
+    SPropValue value = TextValue(PR_SUBJECT_W, L"late");
     EXPECT_EQ(message->SetProps(1, &value, nullptr), MAPI_E_NO_ACCESS);
 }
 

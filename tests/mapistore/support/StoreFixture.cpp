@@ -318,6 +318,22 @@ TableRef StoreTest::Contents(ULONG64 folder, ULONG flags)
     return table;
 }
 
+SPropValue TextValue(ULONG tag, const wchar_t* text)
+{
+    SPropValue value{};
+    value.ulPropTag = tag;
+    value.Value.lpszW = const_cast<wchar_t*>(text);
+    return value;
+}
+
+SPropValue NumberValue(ULONG tag, LONG number)
+{
+    SPropValue value{};
+    value.ulPropTag = tag;
+    value.Value.l = number;
+    return value;
+}
+
 CRows AllRows(const TableRef& table)
 {
     CRows rows;

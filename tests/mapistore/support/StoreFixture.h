@@ -190,6 +190,10 @@ std::wstring TextProp(T* object, ULONG tag)
     return value.Get() != nullptr && value->ulPropTag == tag ? value->Value.lpszW : L"<none>";
 }
 
+/// One value to set; the text has to outlive the use.
+SPropValue TextValue(ULONG tag, const wchar_t* text);
+SPropValue NumberValue(ULONG tag, LONG number);
+
 /// All rows of a table from its cursor.
 CRows AllRows(const TableRef& table);
 
