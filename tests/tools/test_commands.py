@@ -51,7 +51,7 @@ class CommandTest(StoreCase):
         self.write("a.ics", calendar(WEEKLY, HOURLY))
         result = self.run_tool("import", "s", "a.ics", "--today", "2026-11-20")
         self.assertEqual((result.returncode, result.stdout), (
-            0, "a.ics: 2 events, 0 single, 1 series, 1 recurring events as 3 single messages\n1 notes\n"))
+            0, "a.ics: 2 events, 0 single, 1 series, 1 recurring event as 3 single messages\n1 note\n"))
         self.assertEqual(result.stderr, "a.ics: event 2 'Odd': it repeats more than once a day (HOURLY); "
                          "kept as 3 single events from 2025-11-20 to 2028-11-19\n")
 
@@ -81,8 +81,8 @@ class CommandTest(StoreCase):
         self.write("in/a.ics", calendar(WEEKLY))
         self.write("in/deep/b.vcf", "BEGIN:VCARD\nVERSION:3.0\nFN:Bo\nEND:VCARD\n")
         self.write("in/note.txt", "not read")
-        self.assertEqual(self.done("import", "s", "in"), "in/a.ics: 1 events, 0 single, 1 series\n"
-                         "in/deep/b.vcf: 1 contacts, 0 with a photo\n")
+        self.assertEqual(self.done("import", "s", "in"), "in/a.ics: 1 event, 0 single, 1 series\n"
+                         "in/deep/b.vcf: 1 contact, 0 with a photo\n2 files: 1 event, 1 contact\n")
 
     def test_an_import_can_fill_a_folder_of_choice(self):
         number = self.done("add", "s", "folder", "Calendar/Team", "IPF.Appointment").strip()
@@ -105,8 +105,8 @@ class CommandTest(StoreCase):
         self.write("two.vcf", "BEGIN:VCARD\nVERSION:3.0\nFN:Bo\nEND:VCARD\n")
         self.done("import", "s", "Team one.ics", "two.vcf", "--own-folders")
         shown = self.done("show", "s")
-        self.assertIn("'Team one' (IPF.Appointment): 1 messages", shown)
-        self.assertIn("'two' (IPF.Contact): 1 messages", shown)
+        self.assertIn("'Team one' (IPF.Appointment): 1 message\n", shown)
+        self.assertIn("'two' (IPF.Contact): 1 message\n", shown)
 
     def test_every_step_of_an_import_is_told(self):
         steps = []
@@ -202,7 +202,7 @@ class CommandTest(StoreCase):
         self.assertIn("PSETID_Appointment:0x820D", after)
 
     def test_validate_tells_that_a_store_is_sound_or_where_it_is_not(self):
-        self.assertRegex(self.done("validate", "s"), r"^s: sound; revision 1, 9 folders, 0 messages, 1 address book entries\n$")
+        self.assertRegex(self.done("validate", "s"), r"^s: sound; revision 1, 9 folders, 0 messages, 1 address book entry\n$")
         self.write("s/files/lost.bin", "x")
         self.assertIn("files/lost.bin: nothing names it (remove with --clean)", self.done("validate", "s"))
         self.assertIn("files/lost.bin: nothing names it, removed", self.done("validate", "s", "--clean"))

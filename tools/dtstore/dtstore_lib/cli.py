@@ -10,8 +10,10 @@ from . import editing, ics_import, model, operations, showing, zones
 from .document import StoreFolder
 from .importing import Importer, Report
 from .problem import Problem
+from .words import counted
 
-DONE, NOT_DONE, USAGE, WITH_NOTES = 0, 1, 2, 3
+DONE, NOT_DONE, WITH_NOTES = 0, 1, 3  # argparse itself ends with 2
+EXIT_CODES = "Exit codes: 0 done; 1 not done, and one line says why; 2 wrong usage; 3 done with notes, under --strict."
 SAMPLES = os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "..", "..", "samples")
 
 
@@ -37,13 +39,12 @@ def _positive(text):
 
 def parser():
     top = argparse.ArgumentParser(prog="dtstore", description="Makes, fills, shows and checks the store folders "
-                                  "of mapistore64.dll. docs/dtstore.md tells more.")
+                                  "of mapistore64.dll. docs/dtstore.md tells more.", epilog=EXIT_CODES)
     top.add_argument("--list-operations", action="store_true",
                      help="print the names of operations that a fault plan can name, and end")
     commands = top.add_subparsers(dest="command", metavar="COMMAND")
 
-    new = commands.add_parser("new", help="make a store")
-    new.add_argument("store", metavar="STORE")
+    new = _command(commands, "new", "make a store")
     new.add_argument("--name", default="Ada Quist", help="whose mailbox it is (Ada Quist)")
     new.add_argument("--email", default="ada.quist@nordlys.example", help="and the address (ada.quist@nordlys.example)")
     new.add_argument("--profile", default="Demo", help="name of the logon profile (Demo)")
@@ -51,50 +52,51 @@ def parser():
     new.add_argument("--samples", action="store_true", help="fill it with the samples that come along")
     _import_options(new)
 
-    imported = commands.add_parser("import", help="read calendars, contacts and mail into a store")
-    imported.add_argument("store", metavar="STORE")
+    imported = _command(commands, "import", "read calendars, contacts and mail into a store")
     imported.add_argument("files", metavar="FILE", nargs="+", help=".ics, .vcf, .eml, or a folder of them")
     imported.add_argument("--folder", help="id, role, name or path of the folder to fill")
     imported.add_argument("--own-folders", action="store_true", help="a new folder for each file, called like it")
     imported.add_argument("--book", metavar="CONTAINER", help="read .vcf files into the address book; A/B is B inside A")
     _import_options(imported)
 
-    shown = commands.add_parser("show", help="tell what a store holds")
-    shown.add_argument("store", metavar="STORE")
-    shown.add_argument("what", nargs="?", metavar="ID|FOLDER")
+    shown = _command(commands, "show", "tell what a store holds")
+    shown.add_argument("what", nargs="?", metavar="ID|FOLDER",
+                       help="one thing by its id, or the messages of a folder; everything in short without it")
 
-    added = commands.add_parser("add", help="add one thing")
-    added.add_argument("store", metavar="STORE")
+    added = _command(commands, "add", "add one thing")
     added.add_argument("kind", choices=[*editing.KINDS, "folder", "json"],
                        help="json reads a whole message from the standard input")
     added.add_argument("words", nargs="*", metavar="KEY=VALUE", help="for a folder: PATH [CLASS]")
-    added.add_argument("--folder")
-    added.add_argument("--zone", type=_zone)
+    added.add_argument("--folder", help="id, role, name or path of the folder to fill")
+    added.add_argument("--zone", type=_zone, help="zone of times without one (that of this machine)")
 
-    changed = commands.add_parser("change", help="change properties of a message, folder, container or entry")
-    changed.add_argument("store", metavar="STORE")
-    changed.add_argument("id", type=_positive)
+    changed = _command(commands, "change", "change properties of a message, folder, store, container or entry")
+    changed.add_argument("id", metavar="ID", type=_positive, help="as show tells it")
     changed.add_argument("words", nargs="+", metavar="KEY=VALUE", help="KEY=null takes a property away")
-    changed.add_argument("--zone", type=_zone)
+    changed.add_argument("--zone", type=_zone, help="zone of times without one (that of this machine)")
 
-    removed = commands.add_parser("remove", help="take things out")
-    removed.add_argument("store", metavar="STORE")
-    removed.add_argument("ids", type=_positive, nargs="+", metavar="ID")
+    removed = _command(commands, "remove", "take things out")
+    removed.add_argument("ids", type=_positive, nargs="+", metavar="ID", help="as show tells them")
 
-    validated = commands.add_parser("validate", help="check a store")
-    validated.add_argument("store", metavar="STORE")
+    validated = _command(commands, "validate", "check a store")
     validated.add_argument("--clean", action="store_true", help="remove files that nothing names")
     return top
+
+
+def _command(commands, name, what):
+    command = commands.add_parser(name, help=what, description=what[0].upper() + what[1:] + ".", epilog=EXIT_CODES)
+    command.add_argument("store", metavar="STORE", help="the store's folder")
+    return command
 
 
 def _import_options(command):
     command.add_argument("--zone", type=_zone, help="zone of whole days and of times without one (that of the file, "
                          "else that of this machine)")
     command.add_argument("--me", metavar="ADDRESS", help="whose answers count in meetings (the owner)")
-    command.add_argument("--today", type=_date, help="the day around which the horizon lies (today)")
-    command.add_argument("--from", dest="since", type=_date, help="first day on which instances become single messages")
-    command.add_argument("--until", type=_date, help="and the last day")
-    command.add_argument("--most", type=_positive, default=2000, help="single messages of one event (2000)")
+    command.add_argument("--today", metavar="DATE", type=_date, help="the day around which the horizon lies (today)")
+    command.add_argument("--from", dest="since", metavar="DATE", type=_date, help="first day on which instances become single messages")
+    command.add_argument("--until", metavar="DATE", type=_date, help="and the last day")
+    command.add_argument("--most", metavar="NUMBER", type=_positive, default=2000, help="single messages of one event (2000)")
     command.add_argument("--readable", action="store_true", help="keep recurrence as a description, not as bytes")
     command.add_argument("--strict", action="store_true", help="exit with 3 when there were notes")
     command.add_argument("--quiet", action="store_true", help="no progress and no summary")
@@ -107,8 +109,7 @@ def main(arguments=None):
             print("\n".join(operations.names()))
             return DONE
         if options.command is None:
-            parser().print_usage(sys.stderr)
-            return USAGE
+            parser().error("a command is missing (dtstore --help lists them)")
         return globals()["_run_" + options.command](options)
     except Problem as problem:
         print(f"dtstore: {problem}", file=sys.stderr)
@@ -136,6 +137,7 @@ def _run_new(options):
         _importer(folder, document, options, report).run(
             [os.path.join(samples, name) for name in ("calendar", "contacts", "mail")])
         _importer(folder, document, book, report).run([os.path.join(samples, "address-book")])
+    report.finish()
     return WITH_NOTES if options.strict and report.notes else DONE
 
 
@@ -144,8 +146,7 @@ def _run_import(options):
     folder.read()  # a missing or damaged store is told before a long import
     with folder.writing() as document:
         _importer(folder, document, options, report).run(options.files)
-    if report.notes:
-        report.say(f"{report.notes} notes")
+    report.finish()
     return WITH_NOTES if options.strict and report.notes else DONE
 
 
@@ -227,11 +228,11 @@ def _run_remove(options):
 def _run_validate(options):
     folder = StoreFolder(options.store)
     document = folder.read()
-    counts = [f"{sum(len(store[key]) for store in document['stores'])} {key}" for key in ("folders", "messages")]
+    counts = [counted(sum(len(store[key + "s"]) for store in document["stores"]), key) for key in ("folder", "message")]
     for name in folder.left_over():
         print(f"{name}: nothing names it" + (", removed" if options.clean else " (remove with --clean)"))
     if options.clean:
         folder.clean()
     print(f"{options.store}: sound; revision {document['revision']}, {', '.join(counts)}, "
-          f"{len(document['addressBook']['entries'])} address book entries")
+          f"{counted(len(document['addressBook']['entries']), 'address book entry', 'address book entries')}")
     return DONE

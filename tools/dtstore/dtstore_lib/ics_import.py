@@ -9,6 +9,7 @@ from .appointments import Appointments
 from .ics_read import Calendar
 from .ics_rules import Inexpressible, own_dates, pattern_of, zone_rule
 from .pattern import PatternProblem
+from .words import counted
 
 
 MOST_FOLLOWED = 1_000_000  # instances of one rule that are looked at on the way to the horizon
@@ -35,13 +36,13 @@ class Counts:
     extras: int = 0     # single messages beside a series
 
     def text(self):
-        parts = [f"{self.events} events", f"{self.singles} single", f"{self.series} series"]
+        parts = [counted(self.events, "event"), f"{self.singles} single", f"{self.series} series"]
         if self.changed or self.left_out:
             parts.append(f"{self.changed} changed and {self.left_out} left-out instances")
         if self.expanded:
-            parts.append(f"{self.expanded} recurring events as {self.pieces} single messages")
+            parts.append(f"{counted(self.expanded, 'recurring event')} as {counted(self.pieces, 'single message')}")
         if self.extras:
-            parts.append(f"{self.extras} single messages beside their series")
+            parts.append(f"{counted(self.extras, 'single message')} beside their series")
         return ", ".join(parts)
 
 

@@ -9,6 +9,7 @@ from .appointments import Appointments, Owner
 from .eml_import import MailImport
 from .problem import Problem
 from .vcf_import import ContactImport
+from .words import counted
 
 ENDINGS = {".ics": "calendar", ".ical": "calendar", ".vcf": "contacts", ".vcard": "contacts", ".eml": "mail"}
 FOLDER_CLASSES = {"calendar": "IPF.Appointment", "contacts": "IPF.Contact", "mail": "IPF.Note"}
@@ -21,6 +22,8 @@ class Report:
     def __init__(self, quiet=False, out=None, err=None, clock=time.monotonic):
         self.quiet, self.out, self.err, self.clock = quiet, out or sys.stdout, err or sys.stderr, clock
         self.notes = 0
+        self.files = 0
+        self.totals = {}  # how many of each thing came in, by its name
         self._next = clock() + PROGRESS_SECONDS
 
     def note_for(self, path):
@@ -39,6 +42,20 @@ class Report:
     def say(self, text):
         if not self.quiet:
             print(text, file=self.out)
+
+    def came_in(self, one, number, many=None):
+        self.files += 1
+        self.totals[one] = (self.totals.get(one, (0,))[0] + number, many)
+
+    def finish(self):
+        """The last line, of an import of several files or with notes."""
+        parts = [counted(number, one, many) for one, (number, many) in self.totals.items()] if self.files > 1 else []
+        if parts:
+            parts[0] = f"{self.files} files: {parts[0]}"
+        if self.notes:
+            parts.append(counted(self.notes, "note"))
+        if parts:
+            self.say(", ".join(parts))
 
 
 class Importer:
@@ -109,6 +126,7 @@ class Importer:
         messages = work.run(data)
         target = self.target or model.folder_for_class(self.store, "IPM.Appointment")
         replaced = self._place_events(target, messages)
+        self.report.came_in("event", work.counts.events)
         self._summary(path, work.counts.text(), replaced)
 
     def _place_events(self, target, messages):
@@ -137,7 +155,8 @@ class Importer:
         messages = work.run(data)
         target = self.target or model.folder_for_class(self.store, "IPM.Contact")
         replaced = self._place(target, messages, ("PR_DISPLAY_NAME_W", "PidLidEmail1EmailAddress"))
-        self._summary(path, f"{len(messages)} contacts, {work.photos} with a photo", replaced)
+        self.report.came_in("contact", len(messages))
+        self._summary(path, f"{counted(len(messages), 'contact')}, {work.photos} with a photo", replaced)
 
     def _mail(self, path, data):
         make = Appointments(self.owner, self.folder.keep_file)
@@ -150,6 +169,7 @@ class Importer:
                 raise Problem(f"store {self.store['id']} has no folder with the role {role}; name one with --folder")
         keys = ("PR_INTERNET_MESSAGE_ID_W",) if "PR_INTERNET_MESSAGE_ID_W" in message["properties"] else ()
         replaced = self._place(target, [message], keys)
+        self.report.came_in("mail", 1)
         self._summary(path, f"1 mail into {target['name']}", replaced)
 
     def _place(self, target, messages, keys):
@@ -178,7 +198,9 @@ class Importer:
             entry = model.add_entry(self.document, work.entry_properties(card, number), containers)
             if str(getattr(card, "kind", None) and card.kind.value).lower() == "group":
                 entry["type"] = "distList"
-        self._summary(path, f"{len(cards)} address book entries into {'/'.join(container_path)}", 0)
+        words = ("address book entry", "address book entries")
+        self.report.came_in(words[0], len(cards), words[1])
+        self._summary(path, f"{counted(len(cards), *words)} into {'/'.join(container_path)}", 0)
 
     def _summary(self, path, text, replaced):
         self.report.say(f"{path}: {text}" + (f" ({replaced} took the place of earlier ones)" if replaced else ""))

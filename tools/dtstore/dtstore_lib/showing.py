@@ -4,6 +4,7 @@ import json
 
 from . import blobs, describe, model
 from .editing import find
+from .words import counted
 
 
 def overview(document):
@@ -16,25 +17,25 @@ def overview(document):
     lines.append(f"owner {name!r} <{email}>")
     for store in document["stores"]:
         kind = "personal" if store.get("personal") else "not personal"
-        lines.append(f"store {store['id']} {store['name']!r} ({kind}): {len(store['messages'])} messages")
+        lines.append(f"store {store['id']} {store['name']!r} ({kind}): {counted(len(store['messages']), 'message')}")
         counts = {}
         for message in store["messages"]:
             counts[message["folder"]] = counts.get(message["folder"], 0) + 1
         lines += _tree(store["folders"], None, 1, lambda folder: _folder_line(folder, counts))
     book = document["addressBook"]
-    lines.append(f"address book: {len(book['entries'])} entries")
+    lines.append(f"address book: {counted(len(book['entries']), 'entry', 'entries')}")
     shown = {}
     for entry in book["entries"]:
         for number in entry["containers"]:
             shown[number] = shown.get(number, 0) + 1
     lines += _tree(book["containers"], None, 1, lambda one: (
-        f"{one['id']} {one['properties'].get('PR_DISPLAY_NAME_W', '')!r}: {shown.get(one['id'], 0)} entries"))
+        f"{one['id']} {one['properties'].get('PR_DISPLAY_NAME_W', '')!r}: {counted(shown.get(one['id'], 0), 'entry', 'entries')}"))
     return lines
 
 
 def _folder_line(folder, counts):
     facts = [folder[key] for key in ("role", "class") if key in folder] + (["hidden"] if folder.get("hidden") else [])
-    return f"{folder['id']} {folder['name']!r} ({', '.join(facts)}): {counts.get(folder['id'], 0)} messages"
+    return f"{folder['id']} {folder['name']!r} ({', '.join(facts)}): {counted(counts.get(folder['id'], 0), 'message')}"
 
 
 def _tree(nodes, parent, depth, line):
