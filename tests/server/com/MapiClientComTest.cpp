@@ -1,6 +1,8 @@
 #include <ocidl.h>
 #include <olectl.h>
 
+#include <thread>
+
 #include "AtMemory.h"
 #include "Bstr.h"
 #include "EventMessages.h"
@@ -199,6 +201,25 @@ TEST_F(MapiClientComTest, ASinkTakenOutWithinAnEventIsNotCalledAnyMore)
     EXPECT_TRUE(second.calls.empty());
     EXPECT_EQ(m_sink.references, 1);
     EXPECT_EQ(second.references, 1);
+}
+
+TEST_F(MapiClientComTest, NoLockIsHeldOverACallToASink)
+{
+    const auto point = Point();
+    CRecordingSink second(IID_IDispatch);
+    m_sink.onInvoke = [&] {
+        // Another thread gets at the connections while the sink runs.
+        std::thread other([&] {
+            DWORD cookie = 0;
+            EXPECT_EQ(point->Advise(&second, &cookie), S_OK);
+        });
+        other.join();
+    };
+    dynamic_cast<CProxy_IMapiDtClientEvents*>(m_client.Get())->Fire_OnInitialize(0);
+
+    EXPECT_EQ(m_sink.calls.size(), 1U);
+    EXPECT_EQ(second.calls.size(), 1U); // its slot came behind the one being called
+    EXPECT_EQ(point->Unadvise(2), S_OK);
 }
 
 TEST_F(MapiClientComTest, TheEmptyMethodsSucceedAndLeaveOutValuesUnwritten)

@@ -102,6 +102,25 @@ TEST_F(MapiClientMethodsTest, TheTraceLocationIsTracedAndNothingElse)
     EXPECT_TRUE(Traced(1, "Trace location is initialized to path: NULL"));
 }
 
+TEST_F(MapiClientMethodsTest, InitializeTracesItsLocationItsNameAndItsCountInThisOrder)
+{
+    m_trace.Clear();
+    EXPECT_EQ(Initialize(1, L"CALENDARING", L"here"), S_OK);
+
+    std::vector<std::string> own;
+    for (const TraceLine& line : m_trace.Lines())
+    {
+        if (line.function == "CMapiClient::Initialize")
+        {
+            own.push_back(std::to_string(line.level) + " " + line.message);
+        }
+    }
+    EXPECT_EQ(own,
+              (std::vector<std::string>{"2 Trace location is initialized to path: here",
+                                        "2 CMapiClient::Initialize",
+                                        "3 MAPI Reference count is now 1, initType[1]"}));
+}
+
 TEST_F(MapiClientMethodsTest, InitializeStartsTheWatchIfNobodyHas)
 {
     EXPECT_EQ(g_hMonitorThread.load(), nullptr);

@@ -2,11 +2,9 @@
 
 #include "dtoiExApp.h"
 #include "FakeMailSwitch.h"
-#include "FrameWindow.h"
 #include "MapiClient.h"
 #include "MapiDataStore.h"
-#include "Monitor.h"
-#include "MonitorThread.h"
+#include "ModuleObjects.h"
 #include "TraceCapture.h"
 #include "WorkThread.h"
 
@@ -14,8 +12,6 @@ namespace
 {
 
 using Lines = std::vector<std::string>;
-
-constexpr const wchar_t* kServerRun = L"\"C:\\a b\\dtOIEx64.exe\" -Embedding";
 
 bool TakeQuit()
 {
@@ -35,12 +31,6 @@ bool CountingMain(bool starting, const IMonitorHost&) noexcept
 bool FailingMain(bool starting, const IMonitorHost&) noexcept
 {
     return !starting;
-}
-
-HRESULT RefuseToCreate(IModuleLock&, IUnknown** object) noexcept
-{
-    *object = nullptr;
-    return E_NOTIMPL;
 }
 
 TEST(Module, LocksAreCountedAndTraced)
@@ -103,51 +93,6 @@ TEST(Module, WithDelayedShutdownTheLastUnlockPostsNothingItself)
     EXPECT_FALSE(TakeQuit());
 }
 
-/// Called within the message loop of the module that the window's user data names.
-LRESULT CALLBACK LoopProc(HWND window, UINT message, WPARAM wParam, LPARAM lParam)
-{
-    if (message == WM_APP)
-    {
-        auto* const module =
-            reinterpret_cast<CdtOIEx64Module*>(GetWindowLongPtrW(window, GWLP_USERDATA));
-        module->Lock();
-        module->Unlock();
-        return 0;
-    }
-    return DefWindowProcW(window, message, wParam, lParam);
-}
-
-/// Runs a module whose first message locks and unlocks it.
-int RunUntilUnlocked(CdtOIEx64Module& module)
-{
-    WNDCLASSW windowClass{};
-    windowClass.lpfnWndProc = LoopProc;
-    windowClass.lpszClassName = L"ModuleTestLoop";
-    RegisterClassW(&windowClass);
-    const HWND window = CreateWindowExW(
-        0, L"ModuleTestLoop", nullptr, 0, 0, 0, 0, 0, HWND_MESSAGE, nullptr, nullptr, nullptr);
-    SetWindowLongPtrW(window, GWLP_USERDATA, reinterpret_cast<LONG_PTR>(&module));
-    PostMessageW(window, WM_APP, 0, 0);
-    const int exitCode = module.WinMain(0);
-    DestroyWindow(window);
-    return exitCode;
-}
-
-TEST(Module, ItServesUntilTheLastUnlock)
-{
-    const ObjectMapEntry objects[] = {{&CLSID_MapiDtClient, 106, RefuseToCreate, CountingMain}};
-    CdtOIEx64Module module(kServerRun, objects);
-    module.SetDelayShutdown(false);
-    EXPECT_EQ(RunUntilUnlocked(module), 0);
-}
-
-TEST(Module, ItServesUntilTheLastUnlockAlsoWithDelayedShutdown)
-{
-    const ObjectMapEntry objects[] = {{&CLSID_MapiDtClient, 106, RefuseToCreate, CountingMain}};
-    CdtOIEx64Module module(kServerRun, objects);
-    EXPECT_EQ(RunUntilUnlocked(module), 0);
-}
-
 TEST(Module, AFailedStartStepEndsTheProcessWithMinusOne)
 {
     const ObjectMapEntry objects[] = {{&CLSID_MapiDtClient, 106, RefuseToCreate, FailingMain},
@@ -171,14 +116,6 @@ TEST(Module, StartAndStopReachEveryClass)
     EXPECT_EQ(g_starts, 2);
     module.StopClasses();
     EXPECT_EQ(g_stops, 2);
-}
-
-TEST(Module, AnApartmentOfTheOtherKindIsRefused)
-{
-    ASSERT_EQ(CoInitializeEx(nullptr, COINIT_MULTITHREADED), S_OK);
-    CdtOIEx64Module module(kServerRun);
-    EXPECT_EQ(module.WinMain(0), RPC_E_CHANGED_MODE);
-    CoUninitialize();
 }
 
 TEST(Module, EachVerbMakesARegistrationRun)
@@ -230,38 +167,6 @@ TEST(Module, TheClassMapHoldsTheOneClass)
     ASSERT_EQ(g_objectMap.size(), 1U);
     EXPECT_EQ(*g_objectMap[0].clsid, CLSID_MapiDtClient);
     EXPECT_EQ(g_objectMap[0].registryScript, 106U);
-}
-
-TEST(ModuleStart, MakesTheWindowAndTheWatchAndTheStopEndsBoth)
-{
-    const CFrameWindow frame;
-    ASSERT_TRUE(frame.Stands());
-    CdtOIEx64Module module(kServerRun);
-    CClientMonitor::SetHost(&module);
-    module.StartClasses();
-    const HWND window = CClientMonitor::Window();
-    ASSERT_NE(window, nullptr);
-    EXPECT_EQ(GetWindowThreadProcessId(window, nullptr), GetCurrentThreadId());
-    EXPECT_NE(g_hMonitorThread.load(), nullptr);
-    EXPECT_EQ(g_bMonitorRun.load(), 1);
-
-    module.StopClasses();
-    EXPECT_EQ(IsWindow(window), FALSE);
-    EXPECT_EQ(g_hMonitorThread.load(), nullptr);
-    EXPECT_EQ(g_bMonitorRun.load(), 0);
-    EXPECT_EQ(CClientMonitor::GetInstance(), nullptr);
-}
-
-TEST(ModuleStart, ARegistrationRunHasNeitherWindowNorWatch)
-{
-    CdtOIEx64Module module(L"dtOIEx64.exe /RegServer");
-    CClientMonitor::SetHost(&module);
-    module.StartClasses();
-    EXPECT_EQ(CClientMonitor::Window(), nullptr);
-    EXPECT_EQ(g_hMonitorThread.load(), nullptr);
-
-    module.StopClasses();
-    CClientMonitor::SetHost(nullptr);
 }
 
 } // namespace

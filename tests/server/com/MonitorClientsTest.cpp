@@ -118,6 +118,10 @@ TEST_F(MonitorClientsTest, TheWindowHasItsClassItsNameAndIsNotShown)
     EXPECT_STREQ(name, L"ClientMonitorWnd");
     EXPECT_EQ(GetWindowThreadProcessId(window, nullptr), GetCurrentThreadId());
     EXPECT_EQ(IsWindowVisible(window), FALSE);
+    EXPECT_EQ(GetParent(window), nullptr);
+    EXPECT_EQ(GetClassLongPtrW(window, GCL_STYLE), 0U);
+    EXPECT_EQ(GetClassLongPtrW(window, GCLP_HICON), 0U);
+    EXPECT_EQ(GetClassLongPtrW(window, GCLP_HCURSOR), 0U);
     EXPECT_EQ(GetWindowLongPtrW(window, -21), reinterpret_cast<LONG_PTR>(m_monitor));
 }
 

@@ -1,5 +1,8 @@
+#include <thread>
+
 #include "EventWindow.h"
 #include "FreedBlocks.h"
+#include "Handle.h"
 #include "MapiDataStore.h"
 #include "MonitorFixture.h"
 #include "TraceCapture.h"
@@ -202,6 +205,59 @@ TEST_F(MonitorEventsTest, AClientThatGoesWithinABroadcastIsNotCalledAnyMore)
     EXPECT_EQ(m_client.fired.size(), 1U);
     EXPECT_TRUE(second.fired.empty());
     EXPECT_EQ(third.fired.size(), 1U);
+}
+
+TEST_F(MonitorEventsTest, ClientsAreCalledInTheOrderInWhichTheyCame)
+{
+    CFakeClient second;
+    CFakeClient third;
+    CFakeClient fourth;
+    std::vector<const CFakeClient*> called;
+    for (CFakeClient* const client : {&m_client, &second, &third, &fourth})
+    {
+        client->onFire = [&called, client] { called.push_back(client); };
+        m_monitor->AddClient(client);
+    }
+    m_monitor->RemoveClient(&second);
+    Send(WM_EVENT_CONTACT_UPDATED, ChangeAdded, WideBlock(L"<a/>"));
+    Send(WM_EVENT_TRACE, 0, NarrowBlock("x"));
+
+    EXPECT_EQ(
+        called,
+        (std::vector<const CFakeClient*>{&m_client, &third, &fourth, &m_client, &third, &fourth}));
+}
+
+TEST_F(MonitorEventsTest, AnotherThreadThatWantsTheBookOfClientsWaitsForABroadcast)
+{
+    for (const UINT message : {WM_EVENT_CALENDAR_UPDATED, WM_EVENT_CONTACT_UPDATED, WM_EVENT_TRACE})
+    {
+        const CHandle taken(CreateEventW(nullptr, TRUE, FALSE, nullptr));
+        std::thread other;
+        DWORD during = WAIT_FAILED;
+        m_client.onFire = [&] {
+            other = std::thread([&] {
+                m_monitor->NextSequence();
+                SetEvent(taken.Get());
+            });
+            // What is shown is that nothing happens, so time has to pass.
+            during = WaitForSingleObject(taken.Get(), 200);
+        };
+        Send(message, 0, message == WM_EVENT_TRACE ? NarrowBlock("x") : WideBlock(L"x"));
+        other.join();
+
+        EXPECT_EQ(during, static_cast<DWORD>(WAIT_TIMEOUT)) << message;
+        EXPECT_EQ(WaitForSingleObject(taken.Get(), 0), WAIT_OBJECT_0);
+    }
+}
+
+TEST_F(MonitorEventsTest, AnotherThreadDoesNotWaitForAnEventToOneClient)
+{
+    m_client.onFire = [this] {
+        std::thread other([this] { m_monitor->NextSequence(); });
+        other.join();
+    };
+    EXPECT_FALSE(SendText(WM_EVENT_LIST_APPOINTMENT, L"<a/>"));
+    EXPECT_EQ(m_client.fired.size(), 1U);
 }
 
 TEST_F(MonitorEventsTest, AClientIsHeldWhileItIsCalled)

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "Bstr.h"
 #include "dtOIEx64_i.h"
 #include "ModulePath.h"
 
@@ -176,6 +177,95 @@ TEST_F(TypeLibraryTest, TheFourteenEventsHaveTheirIdsAndArguments)
     }
 }
 
+/// The type of an argument as text: "BSTR", "UI4*" and so on; a type of the library by its name.
+std::wstring TypeText(ITypeInfo& info, const TYPEDESC& type)
+{
+    if (type.vt == VT_PTR)
+    {
+        return TypeText(info, *type.lptdesc) + L"*";
+    }
+    if (type.vt == VT_USERDEFINED)
+    {
+        CComRef<ITypeInfo> named;
+        CBstr name;
+        EXPECT_EQ(info.GetRefTypeInfo(type.hreftype, named.Put()), S_OK);
+        EXPECT_EQ(named->GetDocumentation(MEMBERID_NIL, name.Put(), nullptr, nullptr, nullptr),
+                  S_OK);
+        return std::wstring(name.View());
+    }
+    switch (type.vt)
+    {
+    case VT_BSTR:
+        return L"BSTR";
+    case VT_UI4:
+        return L"UI4";
+    case VT_UINT:
+        return L"UINT";
+    case VT_BOOL:
+        return L"BOOL";
+    case VT_HRESULT:
+        return L"HRESULT";
+    default:
+        return std::to_wstring(type.vt);
+    }
+}
+
+/// A function of a type as text: its arguments between blanks, "out" ones in brackets.
+std::wstring FunctionText(ITypeInfo& info, UINT index)
+{
+    FUNCDESC* function = nullptr;
+    EXPECT_EQ(info.GetFuncDesc(index, &function), S_OK);
+    std::wstring text = TypeText(info, function->elemdescFunc.tdesc) + L":";
+    for (SHORT at = 0; at < function->cParams; at++)
+    {
+        const ELEMDESC& argument = function->lprgelemdescParam[at];
+        const std::wstring type = TypeText(info, argument.tdesc);
+        const bool isOut = (argument.paramdesc.wParamFlags & PARAMFLAG_FOUT) != 0;
+        text += isOut ? L" [" + type + L"]" : L" " + type;
+    }
+    info.ReleaseFuncDesc(function);
+    return text;
+}
+
+/// The half of the dual interface that stands for its table of functions.
+CComRef<ITypeInfo> TableHalf(ITypeLib& library)
+{
+    // The library answers with the dispatch half; the table half is behind it.
+    CComRef<ITypeInfo> dispatchHalf;
+    HREFTYPE reference = 0;
+    CComRef<ITypeInfo> tableHalf;
+    EXPECT_EQ(library.GetTypeInfoOfGuid(IID_IMapiDtClient, dispatchHalf.Put()), S_OK);
+    EXPECT_EQ(dispatchHalf->GetRefTypeOfImplType(static_cast<UINT>(-1), &reference), S_OK);
+    EXPECT_EQ(dispatchHalf->GetRefTypeInfo(reference, tableHalf.Put()), S_OK);
+    return tableHalf;
+}
+
+TEST_F(TypeLibraryTest, TheFifteenMethodsHaveTheirArguments)
+{
+    const std::vector<std::wstring> methods = {
+        L"HRESULT: TLVOI_MAILTYPE BSTR BSTR",
+        L"HRESULT: [BSTR*]",
+        L"HRESULT: BSTR BSTR BSTR",
+        L"HRESULT: BSTR",
+        L"HRESULT: oiexMapiFileTime* oiexMapiFileTime* [UI4*]",
+        L"HRESULT: BSTR oiexMapiFileTime* oiexMapiFileTime* [UI4*]",
+        L"HRESULT: UI4 BSTR UI4 [UI4*]",
+        L"HRESULT: BSTR [UI4*]",
+        L"HRESULT: BSTR [UI4*]",
+        L"HRESULT:",
+        L"HRESULT: BSTR UINT",
+        L"HRESULT: BSTR",
+        L"HRESULT: BSTR",
+        L"HRESULT: BOOL",
+        L"HRESULT: TLVOI_EVENTTYPE BSTR",
+    };
+    const CComRef<ITypeInfo> table = TableHalf(*m_library.Get());
+    for (UINT i = 0; i < methods.size(); i++)
+    {
+        EXPECT_EQ(FunctionText(*table.Get(), i), methods[i]) << i + 1;
+    }
+}
+
 TEST_F(TypeLibraryTest, TheTimeRecordHasEightBytesAndAnIdentifier)
 {
     CComRef<ITypeInfo> info;
@@ -194,14 +284,7 @@ TEST_F(TypeLibraryTest, TheTimeRecordHasEightBytesAndAnIdentifier)
 
 TEST_F(TypeLibraryTest, TheInterfaceIsDualAndForAutomation)
 {
-    // The library answers with the dispatch half of a dual interface; the table half is behind it.
-    CComRef<ITypeInfo> dispatchHalf;
-    ASSERT_EQ(m_library->GetTypeInfoOfGuid(IID_IMapiDtClient, dispatchHalf.Put()), S_OK);
-    HREFTYPE reference = 0;
-    ASSERT_EQ(dispatchHalf->GetRefTypeOfImplType(static_cast<UINT>(-1), &reference), S_OK);
-    CComRef<ITypeInfo> tableHalf;
-    ASSERT_EQ(dispatchHalf->GetRefTypeInfo(reference, tableHalf.Put()), S_OK);
-
+    const CComRef<ITypeInfo> tableHalf = TableHalf(*m_library.Get());
     TYPEATTR* attributes = nullptr;
     ASSERT_EQ(tableHalf->GetTypeAttr(&attributes), S_OK);
     EXPECT_EQ(attributes->guid, IID_IMapiDtClient);
