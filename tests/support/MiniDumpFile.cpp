@@ -68,6 +68,11 @@ bool CMiniDumpFile::HasStream(std::uint32_t type) const
     return Find(type) != nullptr;
 }
 
+std::uint64_t CMiniDumpFile::ReadFlags() const
+{
+    return Read<std::uint64_t>(24);
+}
+
 CMiniDumpFile::Exception CMiniDumpFile::ReadException() const
 {
     const Stream* const stream = Find(kException);

@@ -14,6 +14,8 @@ public:
     /// True when header, directory and every listed stream lie whole within the file.
     [[nodiscard]] bool IsWhole() const noexcept { return m_isWhole; }
     [[nodiscard]] bool HasStream(std::uint32_t type) const;
+    /// What the writer was asked to put in, as bits of MINIDUMP_TYPE.
+    [[nodiscard]] std::uint64_t ReadFlags() const;
 
     struct Exception
     {

@@ -9,6 +9,8 @@
 #include <string>
 
 #include "CrashCapture.h"
+#include "CrashFiles.h"
+#include "DebuggerText.h"
 #include "EventWindow.h"
 #include "MailScript.h"
 #include "Trace.h"
@@ -78,6 +80,36 @@ public:
     }
 };
 
+/// Prints what the filter tells, in the order in which it does.
+class CTellingRoute final : public ITraceRoute
+{
+public:
+    bool IsOpen() noexcept override { return true; }
+    void SendHeartbeat(std::string_view /*line*/) noexcept override {}
+    void Write(TL_SDK::TLLoggerLevel level, std::string_view line) noexcept override
+    {
+        for (const std::string& text : m_debugger.Texts())
+        {
+            std::printf("debugger %s\n", text.c_str());
+        }
+        const std::string message(line.substr(line.find("]:") + 2));
+        std::printf("%d %s\n", static_cast<int>(level), message.c_str());
+    }
+
+private:
+    CDebuggerText m_debugger;
+};
+
+void TellRelease() noexcept
+{
+    CrashPath path;
+    FindCrashDirectory(path);
+    const bool isDumped =
+        GetFileAttributesW(path.With(L"dtOIEx64.exe.300.dmp")) != INVALID_FILE_ATTRIBUTES;
+    std::printf("release %s the dump\n", isDumped ? "behind" : "before");
+    std::fflush(stdout);
+}
+
 void TakeFilterFromLibrary()
 {
     const HMODULE library = LoadLibraryW(L"later_filter.dll");
@@ -111,7 +143,13 @@ void DieAs(const std::wstring& mode)
 {
     CMailScript script;
     CFaultingRoute route;
-    if (mode == L"worker-fault")
+    if (mode == L"told-fault")
+    {
+        CTellingRoute telling;
+        SetTraceRoute(&telling);
+        Fault();
+    }
+    else if (mode == L"worker-fault")
     {
         RunOnWorker(script, Fault);
     }
@@ -161,7 +199,7 @@ int wmain(int argc, wchar_t** argv)
     g_window =
         CreateWindowExW(0, L"STATIC", L"", 0, 0, 0, 0, 0, nullptr, nullptr, nullptr, nullptr);
     SetEventWindowProvider(ProvideWindow);
-    InstallCrashCapture(Release);
+    InstallCrashCapture(mode == L"told-fault" ? TellRelease : Release);
     DieAs(mode);
     return 99;
 }

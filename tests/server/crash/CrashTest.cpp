@@ -69,6 +69,7 @@ protected:
     {
         const CMiniDumpFile dump = Dump();
         ASSERT_TRUE(dump.IsWhole());
+        EXPECT_EQ(dump.ReadFlags(), 0x1A25U);
         EXPECT_EQ(dump.ReadArchitecture(), 9);
         const CMiniDumpFile::Exception exception = dump.ReadException();
         EXPECT_EQ(exception.code, code);
@@ -158,6 +159,20 @@ TEST_F(CrashTest, ExceptionOutOfANoexceptFunctionIsLedToTheFilter)
     Die(L"noexcept-throw");
 
     ExpectUsableDump(0xE0544552);
+}
+
+TEST_F(CrashTest, FilterTellsTheDebuggerAndTheTraceAndReleasesTheMailSystemLast)
+{
+    const ChildResult result = Die(L"told-fault");
+
+    std::string output = result.output;
+    output.erase(std::remove(output.begin(), output.end(), '\r'), output.end());
+    EXPECT_EQ(output,
+              "debugger ######## in _UnhandledExceptionFilter\n"
+              "2 #################### _UnhandledExceptionFilter.\tCRASH!!! "
+              "####################\n"
+              "release behind the dump\n");
+    EXPECT_EQ(result.exitCode, kAccessViolation);
 }
 
 TEST_F(CrashTest, FaultWithinTheFilterEndsItWithoutADump)
