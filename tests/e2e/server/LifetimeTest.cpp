@@ -124,6 +124,27 @@ TEST_F(ServerTest, AnotherClientsFrameWindowKeepsTheServer)
     EXPECT_EQ(first.Do("empties vtable").value, "10");
 }
 
+TEST_F(ServerTest, ASecondServerIsNotTurnedAwayAndEndsWithTheFrameWindow)
+{
+    CRemoteClient client;
+    Connect(client);
+    const auto first = Server();
+    ASSERT_NE(first, nullptr);
+    CChildProcess second;
+    ASSERT_TRUE(second.Start(BuildPath(L"tests\\dtOIEx64-testhost.exe"), L"", false));
+
+    // Longer than the polls that would end a server without a client.
+    for (int beat = 0; beat < 2; ++beat)
+    {
+        ASSERT_EQ(client.WaitForEvent(kOnTrace).id, kOnTrace);
+    }
+    EXPECT_EQ(ServerCount(), 2U);
+    ASSERT_EQ(client.Result("closeframe"), kOk);
+
+    EXPECT_EQ(second.Wait(), 0U);
+    EXPECT_TRUE(first->WaitForEnd());
+}
+
 TEST_F(ServerTest, AClientThatDiesWithoutReleasingLeavesNoServerBehind)
 {
     CRemoteClient client;
