@@ -39,6 +39,13 @@ constexpr const char* kCommonHelp =
   --help             this text
 )";
 
+// The calls of these commands answer at once, and bring up no mail system.
+constexpr const char* kIdleHelp =
+    R"(  --type TYPE        taken, and without effect here
+  --timeout SECONDS  taken, and without effect here
+  --help             this text
+)";
+
 constexpr const char* kInfoHelp =
     R"(usage: dtclient info [OPTION ...]
 
@@ -93,15 +100,18 @@ struct CommandRow
     Command command;
     const char* name;
     const char* help;
+    const char* commonHelp;
     std::string_view options; ///< Those of its own, each between blanks.
+
+    [[nodiscard]] std::string Usage() const { return std::string(help) + commonHelp; }
 };
 
 constexpr std::array<CommandRow, 5> kCommands = {{
-    {Command::Info, "info", kInfoHelp, " --json --xml "},
-    {Command::List, "list", kListHelp, " --from --to --json --xml "},
-    {Command::Watch, "watch", kWatchHelp, " --from --to --for --json --xml "},
-    {Command::Ping, "ping", kPingHelp, " --count --json "},
-    {Command::Trace, "trace", kTraceHelp, " --for --json "},
+    {Command::Info, "info", kInfoHelp, kCommonHelp, " --json --xml "},
+    {Command::List, "list", kListHelp, kCommonHelp, " --from --to --json --xml "},
+    {Command::Watch, "watch", kWatchHelp, kCommonHelp, " --from --to --for --json --xml "},
+    {Command::Ping, "ping", kPingHelp, kIdleHelp, " --count --json "},
+    {Command::Trace, "trace", kTraceHelp, kIdleHelp, " --for --json "},
 }};
 
 constexpr std::string_view kCommonOptions = " --type --timeout ";
@@ -134,7 +144,7 @@ public:
             if (words[index] == "--help" || words[index] == "-h")
             {
                 m_result.kind = ParsedCommandLine::Kind::Help;
-                m_result.text = std::string(m_row.help) + kCommonHelp;
+                m_result.text = m_row.Usage();
                 return m_result;
             }
         }
@@ -143,7 +153,7 @@ public:
             if (!TakeOption(words, index))
             {
                 m_result.kind = ParsedCommandLine::Kind::Wrong;
-                m_result.text += std::string("\n\n") + m_row.help + kCommonHelp;
+                m_result.text += "\n\n" + m_row.Usage();
                 return m_result;
             }
         }

@@ -54,12 +54,18 @@ ExitCode RunInfo(const Arguments& arguments)
     const std::string text = Utf8FromWide(document);
     PlainDocument profile;
     DocumentError error;
-    if (!ParsePlainDocument(text, profile, error) && arguments.form != OutputForm::Xml)
+    const bool readable = ParsePlainDocument(text, profile, error);
+    // The raw document is what helps when it cannot be read, so it is printed all the same.
+    if ((readable || arguments.form == OutputForm::Xml) &&
+        !WriteResult(ProfileText(arguments.form, text, profile)))
+    {
+        return ExitCode::Failed;
+    }
+    if (!readable)
     {
         ReportDocumentError("the profile", error);
         return ExitCode::Failed;
     }
-    return WriteResult(ProfileText(arguments.form, text, profile)) ? ExitCode::Done
-                                                                   : ExitCode::Failed;
+    return ExitCode::Done;
 }
 } // namespace dtclient

@@ -1,16 +1,14 @@
 #include "Console.h"
 #include "ListingOutput.h"
-#include "LocalTime.h"
 #include "ServerSession.h"
 
 namespace dtclient
 {
 ExitCode RunList(const Arguments& arguments)
 {
-    const std::optional<ListWindow> window = WindowOf(arguments, LocalNow());
+    const std::optional<ListWindow> window = WindowOrMessage(arguments);
     if (!window)
     {
-        WriteMessage("--to lies before today; give --from as well\n");
         return ExitCode::WrongUsage;
     }
     std::wstring document;

@@ -67,6 +67,15 @@ bool Report(const CStepResult& result)
 
 ExitCode RunWatch(const Arguments& arguments)
 {
+    std::optional<ListWindow> window;
+    if (arguments.from || arguments.to)
+    {
+        window = WindowOrMessage(arguments);
+        if (!window)
+        {
+            return ExitCode::WrongUsage;
+        }
+    }
     CServerSession session;
     if (!Report(session.Open()) || !Report(session.Initialize(arguments.type, arguments.timeout)))
     {
@@ -80,19 +89,18 @@ ExitCode RunWatch(const Arguments& arguments)
             early.push_back(event);
         }
     });
-    if (arguments.from || arguments.to)
+    ExitCode listed = ExitCode::Done;
+    if (window)
     {
         // A change is told from what the server has read before, so the listing also sharpens what
         // is reported later.
-        const std::optional<ListWindow> window = WindowOf(arguments, LocalNow());
-        if (!window)
-        {
-            WriteMessage("--to lies before today; give --from as well\n");
-            return ExitCode::WrongUsage;
-        }
         std::wstring document;
-        if (!Report(session.List(*window, arguments.timeout, document)) ||
-            PrintListing(arguments, *window, document) == ExitCode::Failed)
+        if (!Report(session.List(*window, arguments.timeout, document)))
+        {
+            return ExitCode::Failed;
+        }
+        listed = PrintListing(arguments, *window, document);
+        if (listed == ExitCode::Failed)
         {
             return ExitCode::Failed;
         }
@@ -105,10 +113,11 @@ ExitCode RunWatch(const Arguments& arguments)
             return ExitCode::Failed;
         }
     }
-    return Follow(session, arguments, [&arguments](const ServerEvent& event) {
+    const ExitCode followed = Follow(session, arguments, [&arguments](const ServerEvent& event) {
         // Heartbeats say only that nothing happens; "trace" shows them.
         return event.id == EventId::Trace || WriteResult(TextOfEvent(arguments.form, event));
     });
+    return followed == ExitCode::Done ? listed : followed;
 }
 
 ExitCode RunTrace(const Arguments& arguments)

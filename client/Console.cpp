@@ -18,8 +18,15 @@ void PrepareConsole()
 
 bool WriteResult(std::string_view text)
 {
-    return std::fwrite(text.data(), 1, text.size(), stdout) == text.size() &&
-           std::fflush(stdout) == 0;
+    const bool written =
+        std::fwrite(text.data(), 1, text.size(), stdout) == text.size() && std::fflush(stdout) == 0;
+    if (!written)
+    {
+        WriteMessage(
+            "Writing the result failed: standard output takes no more.\n"
+            "What to do: see that its reader reads to the end, or that the disk has room.\n");
+    }
+    return written;
 }
 
 void WriteMessage(std::string_view text)

@@ -44,6 +44,16 @@ bool Print(const Arguments& arguments,
 }
 } // namespace
 
+std::optional<ListWindow> WindowOrMessage(const Arguments& arguments)
+{
+    const std::optional<ListWindow> window = WindowOf(arguments, LocalNow());
+    if (!window)
+    {
+        WriteMessage("dtclient: --to lies before today; give --from as well\n");
+    }
+    return window;
+}
+
 void ReportDocumentError(const std::string& which, const DocumentError& error)
 {
     WriteMessage(TroubleText(
@@ -80,7 +90,6 @@ ExitCode PrintListing(const Arguments& arguments,
     }
     if (!Print(arguments, window, text, appointments))
     {
-        WriteMessage("Writing the result failed: standard output takes no more.\n");
         return ExitCode::Failed;
     }
     if (!readable)

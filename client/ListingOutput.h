@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -9,6 +10,10 @@
 
 namespace dtclient
 {
+/// The window that a listing asks for, judged before the server is started. Nothing when it would end
+/// before it begins, which it then tells as a wrong usage.
+std::optional<ListWindow> WindowOrMessage(const Arguments& arguments);
+
 /// Prints an answer to a listing in the form that was asked for, and says on standard error what a
 /// reader has to know about it: nothing found, a folder that failed, a list that was cut.
 ExitCode PrintListing(const Arguments& arguments,

@@ -79,6 +79,20 @@ TEST(Arguments, HelpIsGivenForTheProgramAndForEachCommand)
     }
 }
 
+TEST(Arguments, TheHelpSaysWhereAnOptionHasNoEffect)
+{
+    const std::string noEffect = "--timeout SECONDS  taken, and without effect here\n";
+    for (const char* const command : {"ping", "trace"})
+    {
+        EXPECT_NE(ParseCommandLine({command, "--help"}).text.find(noEffect), std::string::npos);
+        EXPECT_EQ(ParseCommandLine({command, "--timeout", "5", "--type=calendaring"}).kind, kRun);
+    }
+    for (const char* const command : {"info", "list", "watch"})
+    {
+        EXPECT_EQ(ParseCommandLine({command, "--help"}).text.find(noEffect), std::string::npos);
+    }
+}
+
 TEST(Arguments, WhatIsWrongIsNamedAndFollowedByTheUsage)
 {
     EXPECT_EQ(Complaint({}), "no command given");

@@ -4,26 +4,18 @@
 
 #include <string>
 
-#include "ChildProcess.h"
+#include "DtclientProgram.h"
 #include "ServerProcesses.h"
 #include "TestBehaviour.h"
 
 namespace
 {
-constexpr DWORD kDone = 0;
-constexpr DWORD kFailed = 1;
-constexpr DWORD kWrongUsage = 2;
-
-ProgramResult Dtclient(const std::wstring& arguments)
-{
-    return RunProgram(BuildPath(L"dtclient.exe"), arguments);
-}
-
 // Options of a window that makes the test host behave so.
 std::wstring Window(TestBehaviour behaviour)
 {
-    return L"--from 2020-01-01T00:00:0" + std::to_wstring(static_cast<unsigned>(behaviour)) +
-           L" --to 2020-01-02";
+    const unsigned second = static_cast<unsigned>(behaviour);
+    return L"--from 2020-01-01T00:00:" + std::to_wstring(second / 10) +
+           std::to_wstring(second % 10) + L" --to 2020-01-02";
 }
 
 class DtclientTest : public testing::Test
@@ -85,6 +77,50 @@ TEST_F(DtclientTest, ADocumentThatCannotBeReadIsAFailure)
                                  "What to do: "),
               std::string::npos)
         << result.errors;
+}
+
+TEST_F(DtclientTest, AnAnswerWithoutADocumentIsAFailure)
+{
+    for (const wchar_t* const form : {L"", L"--json ", L"--xml "})
+    {
+        const ProgramResult result =
+            Dtclient(std::wstring(L"list ") + form + Window(TestBehaviour::EmptyText));
+
+        EXPECT_EQ(result.exitCode, kFailed);
+        EXPECT_EQ(result.output, "");
+        EXPECT_EQ(result.errors.rfind("Listing the appointments between 2020-01-01 00:00 and "
+                                      "2020-01-02 00:00: the server gave an empty answer",
+                                      0),
+                  0U)
+            << result.errors;
+        EXPECT_NE(result.errors.find("\nWhat to do: "), std::string::npos);
+    }
+}
+
+TEST_F(DtclientTest, AFolderThatCouldNotBeReadMakesTheListIncomplete)
+{
+    const std::wstring window = Window(TestBehaviour::FolderFailure);
+    const ProgramResult list = Dtclient(L"list " + window);
+    const ProgramResult watch = Dtclient(L"watch --for 1 " + window);
+
+    EXPECT_EQ(list.exitCode, kIncomplete);
+    EXPECT_EQ(list.output, "No appointments between 2020-01-01 00:00 and 2020-01-02 00:00.\n");
+    EXPECT_EQ(list.errors.rfind("Listing the appointments: the server could not read one of the "
+                                "calendar folders",
+                                0),
+              0U)
+        << list.errors;
+    EXPECT_EQ(watch.exitCode, kIncomplete);
+    EXPECT_EQ(watch.errors, list.errors + "Watching. Ctrl+C ends.\n");
+}
+
+TEST_F(DtclientTest, AnUnreadableDocumentIsPrintedRawAllTheSame)
+{
+    const ProgramResult result = Dtclient(L"list --xml " + Window(TestBehaviour::LargeDocument));
+
+    EXPECT_EQ(result.exitCode, kFailed);
+    EXPECT_EQ(result.output, std::string(kLargeUnits, 'x') + "\n");
+    EXPECT_EQ(result.errors.rfind("Reading the appointments: ", 0), 0U) << result.errors;
 }
 
 TEST_F(DtclientTest, InfoPrintsTheProfile)
@@ -177,37 +213,4 @@ TEST_F(DtclientTest, NoServerIsLeftBehind)
         EXPECT_TRUE(CWatchedProcess(id).WaitForEnd());
     }
     EXPECT_TRUE(m_server.Processes().empty());
-}
-
-TEST(Dtclient, WithoutARegisteredServerTheWayOutIsTold)
-{
-    const ProgramResult result = Dtclient(L"list --json");
-
-    EXPECT_EQ(result.exitCode, kFailed);
-    EXPECT_EQ(result.output, "");
-    EXPECT_EQ(
-        result.errors,
-        "Looking up the class \"dtOIEx64.MapiClient\" failed with 0x800401F3: the name of the "
-        "class is not registered.\nWhat to do: register the server once: \"dtOIEx64.exe "
-        "-RegServer\" as administrator for all users, or \"dtOIEx64.exe -RegServerPerUser\" "
-        "for this one.\n");
-}
-
-TEST(Dtclient, WrongUsageGetsTheUsageAndTheExitCodeTwo)
-{
-    const ProgramResult result = Dtclient(L"list --from yesterday");
-
-    EXPECT_EQ(result.exitCode, kWrongUsage);
-    EXPECT_EQ(result.output, "");
-    EXPECT_EQ(result.errors.rfind("dtclient: --from takes a date such as", 0), 0U);
-    EXPECT_NE(result.errors.find("usage: dtclient list"), std::string::npos);
-}
-
-TEST(Dtclient, HelpGoesToStandardOutput)
-{
-    const ProgramResult result = Dtclient(L"--help");
-
-    EXPECT_EQ(result.exitCode, kDone);
-    EXPECT_EQ(result.output.rfind("usage: dtclient COMMAND [OPTION ...]\n", 0), 0U);
-    EXPECT_EQ(result.errors, "");
 }

@@ -14,6 +14,8 @@ enum class TestBehaviour : unsigned
     ManyChanges = 7,       ///< kManyChanges events, then an empty listing.
     CrashInFilter = 8,     ///< An access violation, and another one inside the crash filter.
     OneChangeEach = 9,     ///< One event of each change type, calendar and contacts.
+    EmptyText = 10, ///< An answer without a document, as that of a server without a mail system.
+    FolderFailure = 11, ///< The record by which a folder that cannot be read is told.
 };
 
 /// Signalled by a test that lets a hanging listing go on.

@@ -20,6 +20,10 @@ constexpr const wchar_t* kProfile =
     L"<CurrentOLProfile><ProfileName><![CDATA[Test]]></ProfileName></CurrentOLProfile>";
 constexpr const wchar_t* kOneAppointment =
     L"<appointments><appointment><subject><![CDATA[Test]]></subject></appointment></appointments>";
+constexpr const wchar_t* kFolderFailure =
+    L"<appointments><appointment><subject><![CDATA[####DTOIEX_OUTLOOK_MEETING_ERROR####]]></"
+    L"subject>"
+    L"<meetStatus>5</meetStatus></appointment></appointments>";
 constexpr ULONG kUnknownMailType = 1;
 
 TestBehaviour BehaviourOf(FILETIME start)
@@ -130,6 +134,11 @@ public:
                 PostEventText(WM_EVENT_CONTACT_UPDATED, type, L"contact", nullptr);
             }
             break;
+        case TestBehaviour::EmptyText:
+            return 0;
+        case TestBehaviour::FolderFailure:
+            xml = kFolderFailure;
+            return 0;
         case TestBehaviour::EmptyListing:
             break;
         }
