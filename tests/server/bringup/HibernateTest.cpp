@@ -121,6 +121,21 @@ TEST_F(HibernateTest, FailedBringUpIsFreedAndTheNextOneStartsAnew)
     EXPECT_TRUE(MapiDataStore().IsReleasing()) << "the failure has silenced the server";
 }
 
+TEST_F(HibernateTest, BringUpOfANewWorkThreadIsHeardAgain)
+{
+    ASSERT_EQ(Init(111, 1, 1), 0U);
+    ReleaseWorkThread(true);
+    ReleaseWorkThread(false);
+    ASSERT_EQ(g_pWorkThread.load(), nullptr);
+    ExpectCleanLedger();
+
+    ASSERT_TRUE(EnsureWorkThread());
+    EXPECT_EQ(Init(112, 1, 2), 0U);
+
+    EXPECT_FALSE(MapiDataStore().IsReleasing());
+    EXPECT_EQ(trace.Count("CMapiCtrl.InitContactTbl - sink table successfull"), 2U);
+}
+
 TEST_F(HibernateTest, SecondInitOfATypeIsAnsweredAndRunsNothing)
 {
     EXPECT_EQ(Init(111, 1, 1), 0U);
