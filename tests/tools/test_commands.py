@@ -147,6 +147,26 @@ class CommandTest(StoreCase):
                           ("import", "s", "a", "--today", "later"), ("import", "s", "a", "--most", "0")):
             self.assertIn("usage: dtstore", self.failed(*arguments, code=2), arguments)
 
+    def test_a_missing_command_is_named(self):
+        self.assertIn("dtstore: error: a command is missing (dtstore --help lists them)\n", self.failed(code=2))
+
+    def test_every_command_explains_itself_and_its_exit_codes(self):
+        listed = self.done("--help")
+        for command in ("new", "import", "show", "add", "change", "remove", "validate"):
+            text = self.done(command, "--help")
+            self.assertIn(f"    {command} ", listed)
+            self.assertTrue(text.startswith(f"usage: dtstore {command} "), text)
+            self.assertIn("the store's folder", text)
+            self.assertIn("Exit codes: 0 done; 1 not done", " ".join(text.split()))
+
+    def test_an_import_of_several_files_ends_with_a_sum(self):
+        self.write("a.ics", calendar(WEEKLY, HOURLY))
+        self.write("b.ics", calendar(WEEKLY.replace("1@x", "3@x")))
+        self.write("c.vcf", "BEGIN:VCARD\nVERSION:3.0\nFN:Bo\nEND:VCARD\n" * 2)
+        self.assertEqual(self.done("import", "s", "a.ics", "b.ics", "c.vcf").splitlines()[-1],
+                         "3 files: 3 events, 2 contacts, 1 note")
+        self.assertEqual(self.done("import", "s", "b.ics", "--quiet"), "")
+
     def test_an_appointment_can_be_added_moved_and_removed(self):
         number = self.done("add", "s", "appointment", "subject=Tea", "start=2026-11-20T10:00", "end=2026-11-20T10:30",
                            "location=Kitchen").strip()

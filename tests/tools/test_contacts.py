@@ -114,7 +114,7 @@ class BookTest(StoreCase):
         self.write("book/Oslo/Quay/q.vcf", card("FN:Quay One", "EMAIL:quay@x.example", "X-NATIVE-ADDRESS:/o=N/cn=quay"))
         self.done("import", "s", "--book", "Global Address List", "book")
         shown = self.done("show", "s")
-        self.assertRegex(shown, r"'Global Address List': 3 entries\n +\d+ 'Oslo': 1 entries\n +\d+ 'Quay': 1 entries")
+        self.assertRegex(shown, r"'Global Address List': 3 entries\n +\d+ 'Oslo': 1 entry\n +\d+ 'Quay': 1 entry")
 
     def test_an_entry_has_the_addresses_that_a_name_search_reads(self):
         held = Read(card("FN:Quay One", "EMAIL:quay@x.example", "X-NATIVE-ADDRESS:/o=N/cn=quay"))

@@ -57,6 +57,18 @@ class SampleTest(StoreCase):
     def test_the_calendar_has_two_zones(self):
         self.assertEqual(set(self.held("PidLidTimeZoneDescription")), {"W. Europe Standard Time", "Eastern Standard Time"})
 
+    def test_the_calendar_fills_half_a_year(self):
+        begun = {text[:7] for text in self.held("PidLidAppointmentStartWhole")}
+        self.assertLessEqual({"2026-10", "2026-11", "2026-12", "2027-01", "2027-02"}, begun)
+        self.assertTrue(any("2027-03-31" < last < "2027-05" for last in self.held("PidLidClipEnd")))
+
+    def test_series_of_both_zones_run_across_both_changes_of_the_clocks(self):
+        switches = {"W. Europe Standard Time": ("2026-10-25", "2027-03-28"), "Eastern Standard Time": ("2026-11-01", "2027-03-14")}
+        for zone, (winter, summer) in switches.items():
+            spans = [(one["properties"]["PidLidClipStart"], one["properties"]["PidLidClipEnd"]) for one in self.messages
+                     if one["properties"].get("PidLidTimeZoneDescription") == zone]
+            self.assertTrue(any(first < winter and last > summer for first, last in spans), (zone, spans))
+
     def test_the_calendar_has_moved_changed_and_cancelled_instances(self):
         shown = [attachment["message"]["properties"] for message in self.messages for attachment in message.get("attachments", ())
                  if "message" in attachment]
