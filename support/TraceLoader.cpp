@@ -2,13 +2,14 @@
 
 #include <cstdio>
 #include <cstring>
+#include <string_view>
 
 #include "LastErrorGuard.h"
 
 namespace
 {
 
-constexpr const char* kLibraryName = "tlvtraceX64.dll";
+constexpr std::wstring_view kLibraryName = L"tlvtraceX64.dll";
 /// Names this component to the trace library.
 constexpr const char* kTag = "OI";
 constexpr std::size_t kReportBytes = 1024;
@@ -41,17 +42,24 @@ void ReadModuleName(char (&name)[MAX_PATH]) noexcept
     }
 }
 
-/// The path that the library has if it stands beside the program. Empty when it would not fit.
-void ReadLibraryPath(char (&path)[MAX_PATH]) noexcept
+/// The path that the library has if it stands beside the program. Wide, since the program may stand in a
+/// folder that the code page has no letters for. Empty when it would not fit.
+void ReadLibraryPath(WCHAR (&path)[MAX_PATH]) noexcept
 {
-    char program[MAX_PATH] = {};
-    const DWORD length = GetModuleFileNameA(nullptr, program, MAX_PATH - 1);
-    const std::size_t cbDirectory = static_cast<std::size_t>(BaseName(program) - program);
-    path[0] = '\0';
-    if (length != 0 && cbDirectory + std::strlen(kLibraryName) < sizeof path)
+    path[0] = L'\0';
+    WCHAR program[MAX_PATH] = {};
+    const DWORD cchProgram = GetModuleFileNameW(nullptr, program, MAX_PATH);
+    if (cchProgram == 0 || cchProgram == MAX_PATH) // unknown, or cut at whatever folder
     {
-        std::memcpy(path, program, cbDirectory);
-        std::memcpy(path + cbDirectory, kLibraryName, std::strlen(kLibraryName) + 1);
+        return;
+    }
+    const std::wstring_view whole(program, cchProgram);
+    const std::size_t cchFolder = whole.rfind(L'\\') + 1; // 0 without a folder
+    if (cchFolder + kLibraryName.size() < MAX_PATH)
+    {
+        whole.copy(path, cchFolder);
+        kLibraryName.copy(path + cchFolder, kLibraryName.size());
+        path[cchFolder + kLibraryName.size()] = L'\0';
     }
 }
 
@@ -72,7 +80,7 @@ void CTraceLoader::Load() noexcept
     {
         ReadModuleName(m_moduleName);
         ReadLibraryPath(m_libraryPath);
-        m_library = LoadLibraryExA(m_libraryPath, nullptr, LOAD_WITH_ALTERED_SEARCH_PATH);
+        m_library = LoadLibraryExW(m_libraryPath, nullptr, LOAD_WITH_ALTERED_SEARCH_PATH);
         if (m_library != nullptr)
         {
             m_raw = EntryPoint<RawFunction>(m_library, "TLVTRACERAWA");
@@ -139,6 +147,9 @@ void CTraceLoader::Send(int code, const char* text) noexcept
 
 void CTraceLoader::Report(const char* which) const noexcept
 {
+    char path[2 * MAX_PATH] = {};
+    WideCharToMultiByte(
+        CP_ACP, 0, m_libraryPath, -1, path, static_cast<int>(sizeof path), nullptr, nullptr);
     char text[kReportBytes];
     std::snprintf(text,
                   sizeof text,
@@ -149,6 +160,6 @@ void CTraceLoader::Report(const char* which) const noexcept
                   LowHalf(m_resident),
                   LowHalf(m_dllResident),
                   LowHalf(m_library),
-                  m_libraryPath);
+                  path);
     OutputDebugStringA(text);
 }

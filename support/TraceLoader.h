@@ -44,6 +44,6 @@ private:
     RawFunction m_raw = nullptr;
     ResidentFunction m_resident = nullptr;
     DllResidentFunction m_dllResident = nullptr;
-    char m_libraryPath[MAX_PATH] = {};
+    WCHAR m_libraryPath[MAX_PATH] = {};
     char m_moduleName[MAX_PATH] = {};
 };

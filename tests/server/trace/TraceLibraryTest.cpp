@@ -51,9 +51,11 @@ class TraceLibraryTest : public testing::Test
 {
 protected:
     /// Runs the probe beside the library with these exports, and gives the recorded calls.
-    std::vector<Call> RunProbe(const std::wstring& exports, const std::wstring& mode)
+    std::vector<Call> RunProbe(const std::wstring& exports,
+                               const std::wstring& mode,
+                               const std::wstring& folderName = L"trace_library_test")
     {
-        const CTestFolder folder(L"trace_library_test");
+        const CTestFolder folder(folderName);
         folder.CopyIn(OwnFolder() + L"\\trace_probe.exe", L"trace_probe.exe");
         folder.CopyIn(OwnFolder() + L"\\trace_recording_" + exports + L".dll", L"tlvtraceX64.dll");
         SetEnvironmentVariableW(L"TRACE_PROBE_LOG", folder.File(L"calls.log").c_str());
@@ -106,6 +108,19 @@ TEST_F(TraceLibraryTest, PlainEntryPointComesLast)
 TEST_F(TraceLibraryTest, LibraryWithoutAnyEntryPointIsNotCalled)
 {
     EXPECT_TRUE(RunProbe(L"none", L"lines").empty());
+}
+
+TEST_F(TraceLibraryTest, LibraryIsFoundInAFolderThatTheCodePageHasNoLettersFor)
+{
+    const std::wstring folderName = L"trace_\x4F1A\x8B70_\x0416";
+    BOOL isLossy = FALSE;
+    WideCharToMultiByte(CP_ACP, 0, folderName.c_str(), -1, nullptr, 0, nullptr, &isLossy);
+    ASSERT_NE(isLossy, FALSE) << "this code page has the letters, so the test would show nothing";
+
+    const std::vector<Call> calls = RunProbe(L"all", L"lines", folderName);
+
+    ASSERT_FALSE(calls.empty());
+    EXPECT_EQ(calls[0].text, " [probe.cpp:10][P::F]:level 0,\n");
 }
 
 TEST_F(TraceLibraryTest, LineOfThreeThousandBytesGoesOutAsTwoPieces)
