@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "DebuggerText.h"
 #include "DllHandle.h"
 #include "Handle.h"
 #include "LogonSystem.h"
@@ -63,6 +64,7 @@ public:
         if (isOpened)
         {
             *token = CreateEventW(nullptr, FALSE, FALSE, nullptr);
+            lastToken = *token;
         }
         else
         {
@@ -89,6 +91,7 @@ public:
     int tokenRefusals = 0;
     bool hasLibraries = true;
     bool isHiveLoaded = true;
+    HANDLE lastToken = nullptr;
     std::vector<std::string> calls;
 
 private:
@@ -146,19 +149,28 @@ TEST(UserProfile, TheSecondRequestAsksTheSystemNothing)
     EXPECT_TRUE(system.calls.empty());
 }
 
-TEST(UserProfile, ALoadedHiveIsUnloadedAtTheEnd)
+/// Whether the handle is still open.
+bool IsOpen(HANDLE handle)
+{
+    DWORD flags = 0;
+    return GetHandleInformation(handle, &flags) != FALSE;
+}
+
+TEST(UserProfile, ALoadedHiveIsUnloadedAtTheEndAndItsTokenClosed)
 {
     CPretendedSystem system;
     {
         CUserProfile profile(system);
         EXPECT_EQ(profile.GetRootKey(), kHive);
         EXPECT_EQ(Count(system, "unload"), 0U);
+        EXPECT_TRUE(IsOpen(system.lastToken));
     }
 
     EXPECT_EQ(Count(system, "unload"), 1U);
+    EXPECT_FALSE(IsOpen(system.lastToken));
 }
 
-TEST(UserProfile, TheProcessesOwnHiveIsNeverUnloaded)
+TEST(UserProfile, TheProcessesOwnHiveIsNeverUnloadedThoughTheTokenIsClosed)
 {
     CPretendedSystem system;
     system.isHiveLoaded = false;
@@ -168,6 +180,7 @@ TEST(UserProfile, TheProcessesOwnHiveIsNeverUnloaded)
     }
 
     EXPECT_EQ(Count(system, "unload"), 0U);
+    EXPECT_FALSE(IsOpen(system.lastToken));
 }
 
 TEST(UserProfile, MissingLibrariesLeadBackToTheOwnHive)
@@ -185,24 +198,39 @@ TEST(UserProfile, WithoutAConsoleSessionTheOwnHiveIsUsed)
     CPretendedSystem system;
     g_consoleSession = 0xFFFFFFFF;
     CUserProfile profile(system);
+    const CDebuggerText debugger;
 
     EXPECT_EQ(profile.GetRootKey(), HKEY_CURRENT_USER);
     EXPECT_EQ(Count(system, "list"), 0U);
+    EXPECT_EQ(debugger.Texts(),
+              Calls{"CDTCallProcess::GetCurrentLogonUserToken: dwConsoleSessionId is "
+                    "0xffffffff!\n"});
 }
 
-TEST(UserProfile, AnUnknownConsoleSessionEndsTheSearch)
+TEST(UserProfile, WithoutTheSystemsKernelLibraryTheSearchEnds)
 {
-    CPretendedSystem noModule;
-    noModule.isKernelFound = false;
-    CPretendedSystem noEntry;
-    noEntry.isConsoleSessionKnown = false;
+    CPretendedSystem system;
+    system.isKernelFound = false;
+    CUserProfile profile(system);
+    const CDebuggerText debugger;
 
-    for (CPretendedSystem* const system : {&noModule, &noEntry})
-    {
-        CUserProfile profile(*system);
-        EXPECT_EQ(profile.GetRootKey(), HKEY_CURRENT_USER);
-        EXPECT_EQ(Count(*system, "list"), 0U);
-    }
+    EXPECT_EQ(profile.GetRootKey(), HKEY_CURRENT_USER);
+    EXPECT_EQ(Count(system, "list"), 0U);
+    EXPECT_EQ(debugger.Texts(),
+              Calls{"CDTCallProcess::GetCurrentLogonUserToken: LoadSystemLibrary Kernel32.dll "
+                    "FAILED!\n"});
+}
+
+TEST(UserProfile, SystemThatKnowsNoConsoleSessionEndsTheSearchWithoutAWord)
+{
+    CPretendedSystem system;
+    system.isConsoleSessionKnown = false;
+    CUserProfile profile(system);
+    const CDebuggerText debugger;
+
+    EXPECT_EQ(profile.GetRootKey(), HKEY_CURRENT_USER);
+    EXPECT_EQ(Count(system, "list"), 0U);
+    EXPECT_TRUE(debugger.Texts().empty());
 }
 
 TEST(UserProfile, ProcessesThatCannotBeListedLeadBackToTheOwnHive)
@@ -210,9 +238,12 @@ TEST(UserProfile, ProcessesThatCannotBeListedLeadBackToTheOwnHive)
     CPretendedSystem system;
     system.isListable = false;
     CUserProfile profile(system);
+    const CDebuggerText debugger;
 
     EXPECT_EQ(profile.GetRootKey(), HKEY_CURRENT_USER);
     EXPECT_EQ(Count(system, "open 10"), 0U);
+    EXPECT_EQ(debugger.Texts(),
+              Calls{"CDTCallProcess::GetCurrentLogonUserToken: pfnEnumProcesses FAILED!\n"});
 }
 
 TEST(UserProfile, AProcessThatRefusesIsPassedOver)
