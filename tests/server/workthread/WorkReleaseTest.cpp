@@ -36,9 +36,15 @@ TEST_F(WorkReleaseTest, ReturnsWhenTheThreadHasEnded)
 {
     StartReady();
     m_trace.Clear();
+    const CHandle thread(
+        OpenThread(SYNCHRONIZE | THREAD_QUERY_INFORMATION, FALSE, m_script.ThreadOfCall(0)));
 
     ReleaseWorkThread(false);
 
+    EXPECT_EQ(WaitForSingleObject(thread.Get(), 0), WAIT_OBJECT_0);
+    DWORD exitCode = STILL_ACTIVE;
+    EXPECT_NE(GetExitCodeThread(thread.Get(), &exitCode), FALSE);
+    EXPECT_EQ(exitCode, 0U);
     const std::vector<std::string> messages = m_trace.Messages();
     EXPECT_EQ(messages,
               (std::vector<std::string>{"3 ClearPendingWork",
@@ -47,6 +53,55 @@ TEST_F(WorkReleaseTest, ReturnsWhenTheThreadHasEnded)
                                         "3 CallReleaseMapi",
                                         "3 ClearPendingWork",
                                         "2 work thread end!"}));
+}
+
+TEST_F(WorkReleaseTest, EventsAreSilencedThenTheListsClearedThenTheStoreThenTheReleaseQueued)
+{
+    StartReady();
+    m_trace.Clear();
+    bool wasReleasing = false;
+    std::vector<std::string> before;
+    m_script.clearDataStore = [&] {
+        wasReleasing = MapiDataStore().IsReleasing();
+        before = m_trace.Messages();
+    };
+
+    ReleaseWorkThread(false);
+
+    EXPECT_TRUE(wasReleasing);
+    EXPECT_EQ(before, (std::vector<std::string>{"3 ClearPendingWork"}));
+}
+
+TEST_F(WorkReleaseTest, DialogThatHoldsTheWorkThreadIsClosedAndTheReleaseGoesOn)
+{
+    StartReady();
+    const CSignal shown;
+    bool wasReleasing = false;
+    m_script.listAppointment = [&](WString&) -> ULONG {
+        const HWND dialog = CreateWindowExW(
+            0, L"STATIC", L"Logon", WS_POPUP, 0, 0, 0, 0, nullptr, nullptr, nullptr, nullptr);
+        shown.Set();
+        MSG message;
+        while (IsWindow(dialog) && GetMessageW(&message, nullptr, 0, 0) > 0)
+        {
+            wasReleasing = wasReleasing || MapiDataStore().IsReleasing();
+            DispatchMessageW(&message);
+        }
+        return 0;
+    };
+    Queue(TaskType::GetAppointments, 112);
+    shown.Wait();
+    const HWND own = CreateWindowExW(
+        0, L"STATIC", L"client", WS_POPUP, 0, 0, 0, 0, nullptr, nullptr, nullptr, nullptr);
+
+    ReleaseWorkThread(false);
+
+    EXPECT_EQ(g_pWorkThread.load(), nullptr);
+    EXPECT_TRUE(wasReleasing) << "the event of the task that was held has to find the flag";
+    EXPECT_EQ(m_trace.Count("Time out when ReleaseMAPI not hibernate"), 0U);
+    m_inbox.TakeAll();
+    EXPECT_TRUE(IsWindow(own)) << "windows of the caller are not its business";
+    DestroyWindow(own);
 }
 
 TEST_F(WorkReleaseTest, WithoutAWorkThreadThereIsNothingToRelease)

@@ -194,24 +194,31 @@ TEST_F(WorkQueueingTest, FailedPostLeavesNoBlockBehind)
 {
     StartReady();
     Flush();
-    SetEventWindowProvider([]() noexcept -> HWND { return nullptr; });
-    const CSignal done;
-    m_script.deleteMsgInfo = [&done](WString&) -> ULONG {
-        done.Set();
+    const CSignal withoutWindow;
+    const CSignal withDeadWindow;
+    const CSignal* signal = &withoutWindow;
+    m_script.deleteMsgInfo = [&signal](WString&) -> ULONG {
+        signal->Set();
         return 0;
     };
     m_script.keepsNotes = false;
     ITraceRoute* const capture = SetTraceRoute(nullptr);
-    const auto runHundred = [this, &done] {
+    const auto runHundred = [this, &signal] {
         for (int i = 0; i < 100; i++)
         {
             Queue(TaskType::GetAppointments);
         }
         Queue(TaskType::DeleteAppt);
-        done.Wait();
+        signal->Wait();
     };
     const long before = LiveBlocks();
 
+    SetEventWindowProvider([]() noexcept -> HWND { return nullptr; });
+    runHundred();
+    SetEventWindowProvider([]() noexcept -> HWND {
+        return reinterpret_cast<HWND>(static_cast<LONG_PTR>(0x7FFE)); // nobody's window
+    });
+    signal = &withDeadWindow;
     runHundred();
 
     SetTraceRoute(capture);
