@@ -65,9 +65,9 @@ ITraceRoute* SetTraceRoute(ITraceRoute* route) noexcept;
 
 /// Writes one trace line. Keeps GetLastError, never throws, never fails.
 ///
-/// Shape:  all texts narrow and terminated; `%s` is narrow text. The message is cut at 4095 bytes,
-/// and
-///         so is the finished line.
+/// Shape:  all texts narrow and terminated; `%s` is narrow text, and a text of a mail or a name is never
+///         the format itself. The message is cut at 4095 bytes, and so is the finished line, through
+///         whatever character that goes.
 /// Thread: any.
 extern "C" void SendTrace(TL_SDK::TLLoggerLevel level,
                           const char* file,

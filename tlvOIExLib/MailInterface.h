@@ -18,9 +18,9 @@ struct IMAPIFolder;
 /// Shape:  13 virtual operations in this order. Times are UTC; entry identifiers and keys are
 ///         uppercase hexadecimal text.
 /// Owner:  out texts and lists are filled by the callee and belong to the caller.
-/// Thread: the work thread, except GetCurProfileInfo and ClearDataStore, which other threads call
-/// as
-///         well and which therefore touch nothing but the data store.
+/// Thread: the work thread, except GetCurProfileInfo and ClearDataStore, which other threads call as
+///         well and which therefore touch nothing but the data store: the work thread may be
+///         deleting a controller meanwhile.
 /// Errors: the operations from SendMail to GetCurProfileInfo answer an unsigned 32-bit value, a
 ///         status or a truth value as each of them says.
 class CMailInterface

@@ -17,11 +17,11 @@
 /// Owner:  the process holds at most one, in g_pWorkThread. It ends itself: the task of
 ///         ReleaseMAPI(false) ends the loop, and the thread then destroys the object. Whoever calls
 ///         an operation through g_pWorkThread holds a CWorkThreadUse meanwhile.
-/// Thread: AddWork and its kin, ClearPendingWork, GetProfileInfo and ReleaseMAPI from any thread.
-/// The
-///         mail switch is otherwise the work thread's alone.
-/// Errors: construction throws for want of memory alone. What else is missing is traced, and the
-///         tasks then wait or answer with empty documents.
+/// Thread: AddWork and its kin, ClearPendingWork, GetProfileInfo and ReleaseMAPI from any thread. Of
+///         the mail switch these reach GetMailType, GetCurProfileInfo and ClearDataStore; all else of
+///         it is the work thread's alone.
+/// Errors: construction throws for want of memory alone. What else is missing is traced, and the tasks
+///         then wait or answer with empty documents.
 class CWorkThread
 {
 public:

@@ -37,25 +37,25 @@ enum class TaskType : std::int32_t
 ///
 /// Shape: what the three payload words hold depends on the type:
 ///
-///        | Type               | Param1                               | Param2          | Param3 |
-///        |--------------------|--------------------------------------|-----------------|----------|
-///        | 0                  | mail type, init type in the halves   |                 | | | 1 |
-///        subject                              | recipients      | body     | | 2 | display name |
-///        |          | | 3                  | start FILETIME                       | end FILETIME
-///        |          | | 4                  | start FILETIME                       | end FILETIME
-///        | entry id | | 5                  | number, folder type in the halves    | contact | | |
-///        6                  | entry id                             |                 |          |
-///        | 7                  | a text                               |                 | | | 10,
-///        16             | borrowed folder                      |                 | instance | |
-///        11, 12, 17, 18     | borrowed folder                      | entry id        | instance |
-///        | 13, 14, 15         |                                      | key             | | | 20 |
-///        search text                          | maximum (low)   |          | | 21, 22 | a text |
-///        |          |
+///        | Type           | Param1                      | Param2         | Param3       |
+///        |----------------|-----------------------------|----------------|--------------|
+///        | 0              | halves: mail, init type     |                |              |
+///        | 1              | subject                     | recipients     | body         |
+///        | 2              | display name                |                |              |
+///        | 3              | start FILETIME              | end FILETIME   |              |
+///        | 4              | start FILETIME              | end FILETIME   | entry id     |
+///        | 5              | halves: number, folder type | contact        |              |
+///        | 6              | entry id                    |                |              |
+///        | 7              | a text                      |                |              |
+///        | 10, 16         | borrowed folder             |                | instance key |
+///        | 11, 12, 17, 18 | borrowed folder             | entry id       | instance key |
+///        | 13, 14, 15     |                             | key            |              |
+///        | 20             | search text                 | maximum (low)  |              |
+///        | 21, 22         | a text                      |                |              |
 ///
-///        The first name of "in the halves" is the low half. A text is a terminated UTF-16 copy
-///        made by TaskText; entry ids, instance keys are uppercase hexadecimal text.
-/// Owner: a task on a list owns its texts; whoever pops it frees them with FreeTaskTexts. The
-/// folder
+///        Of two halves the first named is the low one. A text is a terminated UTF-16 copy made by
+///        TaskText; entry ids and instance keys are uppercase hexadecimal text.
+/// Owner: a task on a list owns its texts; whoever pops it frees them with FreeTaskTexts. The folder
 ///        stays the subscription's.
 struct WorkTask
 {
