@@ -1,5 +1,6 @@
 #include "MapiClient.h"
 
+#include <memory>
 #include <new>
 
 #include "ModulePath.h"
@@ -27,14 +28,18 @@ HRESULT CMapiClient::Create(IModuleLock& module, IUnknown** object) noexcept
 try
 {
     *object = nullptr;
-    auto* const client = new CMapiClient(module);
+    // A failure below, or the want of memory, takes the object along.
+    struct Destroy
+    {
+        void operator()(CMapiClient* client) const noexcept { delete client; }
+    };
+    std::unique_ptr<CMapiClient, Destroy> client(new CMapiClient(module));
     const HRESULT hr = client->FinalConstruct();
     if (FAILED(hr))
     {
-        delete client;
         return hr;
     }
-    *object = client->MonitorUnknown();
+    *object = client.release()->MonitorUnknown();
     return S_OK;
 }
 catch (const std::bad_alloc&)
