@@ -1,5 +1,6 @@
 #pragma once
 
+#include "BinaryBlock.h"
 #include "FolderKind.h"
 #include "MapiHeaders.h"
 #include "MapiMemory.h"
@@ -40,6 +41,11 @@ public:
     /// Appends the text of a public text property that is too long for one answer.
     /// Errors: traced; a text that cannot be read to its end is emptied.
     static void GetPropFromStream(IMAPIProp* object, const WCHAR* name, WString& text);
+
+    /// Copies the photo of a contact: the data of the first attachment that is marked as one. Answers
+    /// 1 when it was read.
+    /// Errors: 0, with `picture` left alone, when there is none or it cannot be read whole.
+    static ULONG GetContactPicture(IMessage* message, BinaryBlock& picture);
 };
 
 /// Reads one property. S_OK alone means that `value` holds it, whatever its type.

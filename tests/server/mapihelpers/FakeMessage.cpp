@@ -84,13 +84,28 @@ HRESULT CFakeMessage::GetIDsFromNames(ULONG count,
 {
     return props.GetIds(count, names, flags, tags);
 }
-HRESULT CFakeMessage::GetAttachmentTable(ULONG, IMAPITable**)
+HRESULT CFakeMessage::GetAttachmentTable(ULONG flags, IMAPITable** table)
 {
-    return MAPI_E_NO_SUPPORT;
+    props.calls.push_back("GetAttachmentTable flags " + HexNumber(flags));
+    *table = attachmentTable;
+    if (attachmentTable == nullptr)
+    {
+        return MAPI_E_NO_SUPPORT;
+    }
+    attachmentTable->AddRef();
+    return S_OK;
 }
-HRESULT CFakeMessage::OpenAttach(ULONG, const IID*, ULONG, IAttach**)
+HRESULT CFakeMessage::OpenAttach(ULONG number, const IID* iid, ULONG flags, IAttach** opened)
 {
-    return MAPI_E_NO_SUPPORT;
+    props.calls.push_back("OpenAttach " + HexNumber(number) + (iid == nullptr ? " null" : " iid") +
+                          " flags " + HexNumber(flags));
+    *opened = attachment;
+    if (attachment == nullptr)
+    {
+        return MAPI_E_NOT_FOUND;
+    }
+    attachment->AddRef();
+    return S_OK;
 }
 HRESULT CFakeMessage::CreateAttach(const IID*, ULONG, ULONG*, IAttach**)
 {

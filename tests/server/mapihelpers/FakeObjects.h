@@ -28,6 +28,8 @@ struct FakeRow
     static FakeRow WithEntryId(BYTE id);
     /// A row whose first column could not be read.
     static FakeRow WithoutEntryId();
+    /// A row of an attachment table.
+    static FakeRow WithAttachment(LONG number);
 };
 
 /// A table that gives prepared batches of rows.
@@ -47,6 +49,8 @@ public:
     std::vector<std::string> calls; ///< each call with its arguments
     std::vector<Batch> batches;     ///< handed out in order; empty success behind the last
     std::function<HRESULT()> onWait = [] { return S_OK; };
+    SRestriction lastRestriction{}; ///< a copy of the last node; its value in `lastValue`
+    SPropValue lastValue{};
     HRESULT setColumns = S_OK;
     HRESULT restrict = S_OK;
     HRESULT sort = S_OK;
@@ -73,6 +77,22 @@ public:
     bool isTagsNull = false;
 };
 
+/// An attachment: its data as one property, or as a stream.
+class CFakeAttach final : public IAttach
+{
+public:
+    MAPI_IUNKNOWN_METHODS(IMPL)
+    MAPI_IMAPIPROP_METHODS(IMPL)
+
+    std::vector<std::string> calls;
+    std::vector<BYTE> data;
+    HRESULT status = S_OK; ///< of GetProps; a warning answers with `error` in the value's place
+    HRESULT error = S_OK;
+    HRESULT openProperty = S_OK;
+    IStream* stream = nullptr;
+    FakeReferences references;
+};
+
 /// A message.
 class CFakeMessage final : public IMessage
 {
@@ -84,6 +104,8 @@ public:
     CFakeProps props;
     HRESULT openProperty = S_OK;
     IStream* stream = nullptr;
+    CFakeTable* attachmentTable = nullptr; ///< none fails GetAttachmentTable
+    CFakeAttach* attachment = nullptr;     ///< what every number opens; none fails OpenAttach
     FakeReferences references;
 };
 

@@ -53,6 +53,14 @@ FakeRow FakeRow::WithoutEntryId()
     return {{value}};
 }
 
+FakeRow FakeRow::WithAttachment(LONG number)
+{
+    SPropValue value{};
+    value.ulPropTag = PR_ATTACH_NUM;
+    value.Value.l = number;
+    return {{value}};
+}
+
 HRESULT CFakeTable::QueryInterface(REFIID, void**)
 {
     return E_NOINTERFACE;
@@ -115,9 +123,14 @@ HRESULT CFakeTable::FindRow(SRestriction*, BOOKMARK, ULONG)
 {
     return MAPI_E_NO_SUPPORT;
 }
-HRESULT CFakeTable::Restrict(SRestriction*, ULONG flags)
+HRESULT CFakeTable::Restrict(SRestriction* restriction, ULONG flags)
 {
     calls.push_back("Restrict flags " + HexNumber(flags));
+    lastRestriction = *restriction;
+    if (restriction->rt == RES_PROPERTY)
+    {
+        lastValue = *restriction->res.resProperty.lpProp;
+    }
     return restrict;
 }
 HRESULT CFakeTable::CreateBookmark(BOOKMARK*)

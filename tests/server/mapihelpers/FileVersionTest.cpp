@@ -25,6 +25,19 @@ TEST(GetFileVersionText, ALibraryOfTheSystemTellsItsVersion)
     EXPECT_EQ(text.find(L'\0'), WString::npos);
 }
 
+TEST(GetFileVersionText, TheFirstOfSeveralLanguagesTellsTheFileVersion)
+{
+    wchar_t self[MAX_PATH] = {};
+    GetModuleFileNameW(nullptr, self, MAX_PATH);
+    std::wstring path = self;
+    path.replace(path.rfind(L'\\') + 1, std::wstring::npos, L"versioned.dll");
+    WString text;
+
+    EXPECT_EQ(GetFileVersionText(path.c_str(), text), 1);
+
+    EXPECT_EQ(text, L"16.0.1 of the first language");
+}
+
 TEST(GetFileVersionText, AFileThatIsMissingOrHasNoVersionGivesNothing)
 {
     WString text = L"before";
