@@ -22,7 +22,7 @@ MAPINAMEID NameById(const GUID& propertySet, LONG id) noexcept
     return name;
 }
 
-/// Asks for one name. A tag without an identifier of the named range is no answer: an unknown name
+/// Asks for one name. Only S_OK with an identifier of the named range is an answer: an unknown name
 /// comes back as a success with a tag of type PT_ERROR.
 HRESULT TagOfName(IMAPIProp* object, MAPINAMEID& name, ULONG& tag)
 {
@@ -33,8 +33,8 @@ HRESULT TagOfName(IMAPIProp* object, MAPINAMEID& name, ULONG& tag)
     {
         return status;
     }
-    if (!tags || tags->cValues != 1 || PROP_TYPE(tags->aulPropTag[0]) == PT_ERROR ||
-        PROP_ID(tags->aulPropTag[0]) < kFirstNamedId)
+    if (status != S_OK || !tags || tags->cValues != 1 ||
+        PROP_TYPE(tags->aulPropTag[0]) == PT_ERROR || PROP_ID(tags->aulPropTag[0]) < kFirstNamedId)
     {
         return MAPI_E_NOT_FOUND;
     }

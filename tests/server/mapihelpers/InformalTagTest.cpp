@@ -186,6 +186,16 @@ TEST_F(InformalTagTest, AnUnknownNameIsNoTagAlthoughTheStoreCallsItASuccess)
     EXPECT_EQ(m_tag, 0U);
 }
 
+TEST_F(InformalTagTest, AWarningIsNoAnswerWhateverComesWithIt)
+{
+    FillTable(1, 1);
+    m_message.props.idStatus = MAPI_W_ERRORS_RETURNED;
+    m_message.props.namedTag = PROP_TAG(PT_SYSTIME, 0x8123);
+
+    EXPECT_FALSE(Find());
+    EXPECT_EQ(m_tag, 0U);
+}
+
 TEST_F(InformalTagTest, AnIdentifierBelowTheNamedRangeIsNoTag)
 {
     FillTable(1, 1);
