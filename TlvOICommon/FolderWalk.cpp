@@ -89,6 +89,10 @@ bool ReadOwnEntryId(IMAPIFolder* folder, BinaryBlock& entryId)
         return false;
     }
     const SBinary& bin = value->Value.bin;
+    if (bin.lpb == nullptr)
+    {
+        return false;
+    }
     entryId.assign(bin.lpb, bin.lpb + bin.cb);
     return true;
 }
@@ -111,7 +115,7 @@ ULONG RecFolders(IMAPIFolder* folder,
     for (const SRow& row : rows)
     {
         ChildRow child = ReadChildRow(row);
-        if (child.isHidden || child.entryId.lpb == nullptr)
+        if (child.isHidden || child.entryId.lpb == nullptr || child.entryId.cb == 0)
         {
             continue;
         }

@@ -7,6 +7,7 @@
 #include "MapiUtil.h"
 #include "NarrowText.h"
 #include "OrdinalText.h"
+#include "PropValue.h"
 #include "Trace.h"
 
 namespace
@@ -166,7 +167,7 @@ UserRow ReadUserRow(const SRow& row)
         const SPropValue& value = row.lpProps[column];
         if (value.ulPropTag == PR_ENTRYID)
         {
-            user.entryId.assign(value.Value.bin.lpb, value.Value.bin.lpb + value.Value.bin.cb);
+            prop::TakeBlock(&value, user.entryId);
         }
         else if (value.ulPropTag == PR_OBJECT_TYPE)
         {

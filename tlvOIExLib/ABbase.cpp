@@ -5,6 +5,7 @@
 
 #include "MapiMemory.h"
 #include "NarrowText.h"
+#include "PropValue.h"
 #include "Trace.h"
 
 namespace
@@ -34,7 +35,7 @@ ABContainerInfo ReadContainerRow(const SRow& row)
             info.name = value.Value.lpszW != nullptr ? value.Value.lpszW : L"";
             break;
         case PR_ENTRYID:
-            info.entryId.assign(value.Value.bin.lpb, value.Value.bin.lpb + value.Value.bin.cb);
+            prop::TakeBlock(&value, info.entryId);
             break;
         case PR_OBJECT_TYPE:
             info.objectType = value.Value.ul;
@@ -125,7 +126,7 @@ ULONG CABbase::ListContainerRows(IMAPITable* table, std::vector<ABContainerInfo>
 {
     ULONG rowCount = 0;
     HRESULT status = table->GetRowCount(0, &rowCount);
-    if (FAILED(status) || rowCount == 0)
+    if (rowCount == 0)
     {
         SEND_TRACE(3,
                    kListContainer,
@@ -159,10 +160,19 @@ ULONG CABbase::ListContainerRows(IMAPITable* table, std::vector<ABContainerInfo>
         list.push_back(info);
         ++count;
         TraceContainer("got", info);
-        if ((info.containerFlags & AB_SUBCONTAINERS) != 0)
+        if ((info.containerFlags & AB_SUBCONTAINERS) == 0)
         {
-            count += ListABContainer(info.entryId, list);
+            continue;
         }
+        if (info.entryId.empty())
+        {
+            // An empty identifier is the root: the walk would begin anew, and never end.
+            SEND_TRACE(1,
+                       kListContainer,
+                       "CABbase::ListABContainer - abcontainer without an entryid is not entered");
+            continue;
+        }
+        count += ListABContainer(info.entryId, list);
     }
     return count;
 }

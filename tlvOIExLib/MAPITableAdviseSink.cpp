@@ -4,6 +4,7 @@
 
 #include "FolderKind.h"
 #include "HexText.h"
+#include "PropValue.h"
 #include "Trace.h"
 #include "WorkTask.h"
 #include "WorkThread.h"
@@ -50,11 +51,9 @@ const char* MilestoneOf(ULONG tableEvent) noexcept
 
 WString HexOfBinary(const SPropValue& value)
 {
-    if (PROP_TYPE(value.ulPropTag) != PT_BINARY)
-    {
-        return {};
-    }
-    return HexTextOf(std::span<const std::uint8_t>(value.Value.bin.lpb, value.Value.bin.cb));
+    BinaryBlock block;
+    prop::TakeBlock(&value, block);
+    return HexTextOf(block);
 }
 
 /// The identifier of the row; with several the last one, without one an empty text.

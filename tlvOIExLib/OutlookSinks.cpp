@@ -84,7 +84,7 @@ CComRef<IMAPIFolder> OpenSubtree(IMsgStore* store,
                                             0,
                                             &objectType,
                                             object.Put());
-    if (FAILED(status) || !object)
+    if (FAILED(status))
     {
         return nullptr;
     }

@@ -1,185 +1,8 @@
-// The containers of the address book and the mail users in them.
+// The mail users in the containers of the address book, and their addresses.
 
-#include "ControllerTest.h"
+#include "AddressBookTest.h"
 
-class AddressBookTest : public ControllerTest
-{
-protected:
-    void SetUp() override
-    {
-        ControllerTest::SetUp();
-        LogOn(outlook);
-        ASSERT_EQ(outlook.OpenAddressbook(), 1U);
-        mapi.addressBook.children = {{.name = L"People",
-                                      .displayType = DT_GLOBAL,
-                                      .entries = {Entry("ada", L"Ada Stone", L"EX")}}};
-        trace.Clear();
-    }
-    void TearDown() override
-    {
-        outlook.FreeLib();
-        ControllerTest::TearDown();
-    }
-
-    /// A mail user "<id>@example.org" as row and as opened entry.
-    static FakeProps Entry(const std::string& id,
-                           const std::wstring& displayName,
-                           const std::wstring& addressType,
-                           LONG objectType = MAPI_MAILUSER)
-    {
-        const std::wstring wideId(id.begin(), id.end());
-        return {{PR_DISPLAY_NAME_W, displayName},
-                {PR_ENTRYID, BinaryBlock(id.begin(), id.end())},
-                {PR_OBJECT_TYPE, objectType},
-                {PR_ADDRTYPE_W, addressType},
-                {PR_EMAIL_ADDRESS_W,
-                 addressType == L"SMTP" ? wideId + L"@native.example" : L"/o=Example/cn=" + wideId},
-                {PR_SMTP_ADDRESS_W, wideId + L"@Example.org"}};
-    }
-    std::vector<FakeProps>& Entries() { return mapi.addressBook.children[0].entries; }
-    std::vector<std::wstring> NamesFor(const WString& name)
-    {
-        std::vector<ABEmailEntry> list;
-        outlook.ListABEmailWithName(FakeAddressId(L"People"), name, list);
-        std::vector<std::wstring> names;
-        for (const ABEmailEntry& entry : list)
-        {
-            names.push_back(entry.displayName);
-        }
-        return names;
-    }
-
-    CTestOutlook outlook;
-};
-
-using Names = std::vector<std::wstring>;
-
-TEST_F(AddressBookTest, ContainersAreListedDepthFirstParentsBeforeChildren)
-{
-    mapi.addressBook.children = {
-        {.name = L"A",
-         .flags = AB_SUBCONTAINERS,
-         .children = {{.name = L"A1", .flags = AB_SUBCONTAINERS, .children = {{.name = L"A11"}}},
-                      {.name = L"A2"}}},
-        {.name = L"B", .flags = 0x20, .displayType = DT_GLOBAL}};
-    std::vector<ABContainerInfo> list;
-
-    EXPECT_EQ(outlook.ListABContainer({}, list), 5U);
-
-    Names names;
-    for (const ABContainerInfo& info : list)
-    {
-        names.push_back(info.name);
-    }
-    EXPECT_EQ(names, (Names{L"A", L"A1", L"A11", L"A2", L"B"}));
-    EXPECT_EQ(list[4].displayType, 0x20000U);
-    EXPECT_EQ(list[4].entryId, FakeAddressId(L"B"));
-    EXPECT_EQ(LinesWith("[B]"),
-              (Strings{"3 CABbase::ListABContainer - check abcontainer name[B], "
-                       "contentflag[0x20], displayType[0x20000]",
-                       "3 CABbase::ListABContainer - got abcontainer name[B], contentflag[0x20], "
-                       "displayType[0x20000]"}));
-}
-
-TEST_F(AddressBookTest, ChildrenAreReadOnlyWhereTheFlagsTellOfThem)
-{
-    mapi.addressBook.children = {{.name = L"A", .children = {{.name = L"A1"}}}};
-    std::vector<ABContainerInfo> list;
-
-    EXPECT_EQ(outlook.ListABContainer({}, list), 1U);
-}
-
-TEST_F(AddressBookTest, LeftOutContainerIsSkippedWithAllBelowIt)
-{
-    mapi.addressBook.children = {
-        {.name = L"A", .flags = 0x100 | AB_SUBCONTAINERS, .children = {{.name = L"A1"}}}};
-    std::vector<ABContainerInfo> list;
-
-    EXPECT_EQ(outlook.ListABContainer({}, list), 0U);
-
-    EXPECT_EQ(Lines(),
-              (Strings{"3 CABbase::ListABContainer - check abcontainer name[A], "
-                       "contentflag[0x102], displayType[0x0]"}));
-}
-
-TEST_F(AddressBookTest, RowThatIsNoContainerIsCheckedAndNotAdded)
-{
-    mapi.addressBook.children = {{.name = L"List", .objectType = MAPI_DISTLIST}};
-    std::vector<ABContainerInfo> list;
-
-    EXPECT_EQ(outlook.ListABContainer({}, list), 0U);
-
-    EXPECT_EQ(LinesWith("check").size(), 1U);
-    EXPECT_EQ(LinesWith("got").size(), 0U);
-}
-
-TEST_F(AddressBookTest, AddressBookWithoutContainersIsLoadedAllTheSame)
-{
-    mapi.addressBook.children = {};
-    std::vector<ABContainerInfo> list;
-
-    EXPECT_EQ(outlook.ListABContainerByType(1, list), 0U);
-    EXPECT_EQ(outlook.ListABContainerByType(1, list), 0U);
-
-    EXPECT_EQ(Lines(), (Strings{"3 CABbase::ListABContainer - GetRowCount is 0, result [0x0]"}));
-}
-
-TEST_F(AddressBookTest, FailedWalkIsNotTriedAgainUntilTheBookIsClosed)
-{
-    mapi.answers["IABContainer::GetHierarchyTable"] = {E_FAIL};
-    std::vector<ABContainerInfo> list;
-    EXPECT_EQ(outlook.ListABContainerByType(1, list), 0U);
-    EXPECT_EQ(outlook.ListABContainerByType(1, list), 0U);
-
-    outlook.CloseAddressbook();
-    ASSERT_EQ(outlook.OpenAddressbook(), 1U);
-    EXPECT_EQ(outlook.ListABContainerByType(1, list), 1U);
-}
-
-TEST_F(AddressBookTest, ContainersSurviveTheClosingAndAreAppendedTo)
-{
-    std::vector<ABContainerInfo> list;
-    ASSERT_EQ(outlook.ListABContainerByType(1, list), 1U);
-    outlook.CloseAddressbook();
-    ASSERT_EQ(outlook.OpenAddressbook(), 1U);
-    list.clear();
-
-    EXPECT_EQ(outlook.ListABContainerByType(1, list), 2U);
-}
-
-TEST_F(AddressBookTest, SelectorsTakeAllGlobalOrNone)
-{
-    mapi.addressBook.children.push_back({.name = L"Local", .displayType = 0x30000});
-    std::vector<ABContainerInfo> list;
-
-    EXPECT_EQ(outlook.ListABContainerByType(2, list), 0U);
-    EXPECT_EQ(outlook.ListABContainerByType(0x30000, list), 0U);
-    EXPECT_EQ(outlook.ListABContainerByType(DT_GLOBAL, list), 1U);
-    EXPECT_EQ(outlook.ListABContainerByType(1, list), 3U);
-}
-
-TEST_F(AddressBookTest, ContainerFailuresHaveTheirLines)
-{
-    std::vector<ABContainerInfo> list;
-    mapi.answers["IAddrBook::OpenEntry"] = {MAPI_E_NO_ACCESS};
-    EXPECT_EQ(outlook.ListABContainer({}, list), 0U);
-    mapi.answers["IABContainer::GetHierarchyTable"] = {E_FAIL};
-    EXPECT_EQ(outlook.ListABContainer({}, list), 0U);
-    mapi.answers["ABHierarchyTable::GetRowCount"] = {E_FAIL};
-    EXPECT_EQ(outlook.ListABContainer({}, list), 0U);
-    mapi.answers["ABHierarchyTable::QueryRows"] = {E_FAIL};
-    EXPECT_EQ(outlook.ListABContainer({}, list), 0U);
-    outlook.CloseAddressbook();
-    EXPECT_EQ(outlook.ListABContainer({}, list), 0U);
-
-    EXPECT_EQ(Lines(),
-              (Strings{"3 CABbase::ListABContainer - OpenEntry failed, result [0x80070005]",
-                       "3 CABbase::ListABContainer - GetHierarchyTable failed, result [0x80004005]",
-                       "3 CABbase::ListABContainer - GetRowCount is 0, result [0x80004005]",
-                       "3 CABbase::ListABContainer - QueryRows failed, result [0x80004005]",
-                       "3 close address book",
-                       "3 CABbase::ListABContainer m_lpAdrBook == NULL"}));
-}
+#include <algorithm>
 
 TEST_F(AddressBookTest, NameIsCutAtThePeriodAndThenAtTheBlankForTheDirectory)
 {
@@ -209,6 +32,43 @@ TEST_F(AddressBookTest, NameThatLeavesNothingToAskIsInvalid)
     EXPECT_EQ(Lines(), Strings(2, "3 CABbase::ListABEmailWithName - input parameter invalid, []"));
 }
 
+TEST_F(AddressBookTest, EmptyKeyIsInvalid)
+{
+    std::vector<ABEmailEntry> list;
+
+    EXPECT_EQ(outlook.ListABEmailWithKey(FakeAddressId(L"People"), L"", PR_ANR_W, list), 0U);
+
+    EXPECT_EQ(Lines(), (Strings{"3 CABbase::ListABEmailWithKey - input parameter invalid, []"}));
+}
+
+TEST_F(AddressBookTest, MailUsersAreReadWithTheirFlagsAndColumns)
+{
+    NamesFor(L"ada");
+
+    EXPECT_EQ(mapi.flags["IAddrBook::OpenEntry"], MAPI_BEST_ACCESS);
+    EXPECT_EQ(mapi.flags["IABContainer::GetContentsTable"], MAPI_UNICODE);
+    EXPECT_EQ(mapi.flags["ABContentsTable::Restrict"], TBL_BATCH);
+    EXPECT_EQ(mapi.tags["ABContentsTable::SetColumns"], (Tags{0x3001001F, 0x0FFF0102, 0x0FFE0003}));
+    EXPECT_EQ(mapi.flags["ABContentsTable::SetColumns"], TBL_BATCH);
+    EXPECT_EQ(mapi.limits["ABContentsTable::QueryRows"], 1);
+    EXPECT_EQ(mapi.flags["ABContentsTable::QueryRows"], 0U);
+    EXPECT_EQ(std::find(mapi.calls.begin(), mapi.calls.end(), "ABContentsTable::Restrict") <
+                  std::find(mapi.calls.begin(), mapi.calls.end(), "ABContentsTable::SetColumns"),
+              true);
+}
+
+TEST_F(AddressBookTest, CountThatFailsEndsTheWalkWhateverItTells)
+{
+    mapi.isCountToldOnFailure = true;
+    mapi.answers["ABContentsTable::GetRowCount"] = {E_FAIL};
+
+    EXPECT_EQ(NamesFor(L"ada"), Names{});
+
+    EXPECT_EQ(Lines(),
+              (Strings{"3 CABbase::ListABEmailWithName - GetRowCount failed, result[0x80004005], "
+                       "rowcount[1]"}));
+}
+
 TEST_F(AddressBookTest, WholeNameIsComparedWithNameOrAddress)
 {
     Entries() = {Entry("ada", L"Ada Stone", L"EX"),
@@ -220,6 +80,21 @@ TEST_F(AddressBookTest, WholeNameIsComparedWithNameOrAddress)
     EXPECT_EQ(NamesFor(L"ada"), (Names{L"Ada Stone", L"Brook, Ada", L"Ada Other"}));
     // The caller folds the name; as it is given it is compared.
     EXPECT_EQ(NamesFor(L"Ada"), Names{});
+}
+
+TEST_F(AddressBookTest, NamesAreFoldedBeyondAscii)
+{
+    Entries() = {Entry("e", L"\u00C9lodie \u0416", L"EX")};
+
+    EXPECT_EQ(NamesFor(L"\u00E9lodie \u0436"), (Names{L"\u00C9lodie \u0416"}));
+}
+
+TEST_F(AddressBookTest, EntryWithoutAnSmtpAddressIsNotListed)
+{
+    Entries() = {Entry("ada", L"Ada", L"EX")};
+    Entries()[0].pop_back();
+
+    EXPECT_EQ(NamesFor(L"ada"), Names{});
 }
 
 TEST_F(AddressBookTest, DistributionListsArePassedOver)
@@ -367,6 +242,44 @@ TEST_F(AddressBookTest, DirectoryEntryWithoutAnSmtpValueHasItsOriginalName)
 
     EXPECT_EQ(entry.smtpAddress, L"Ada the First");
     EXPECT_EQ(entry.nativeAddress, L"/o=Example/cn=ada");
+}
+
+TEST_F(AddressBookTest, EmptySmtpValueIsAsGoodAsNone)
+{
+    Entries() = {Entry("ada", L"Ada", L"EX")};
+    Entries()[0].back() = {PR_SMTP_ADDRESS_W, std::wstring()};
+    Entries()[0].push_back({PR_ORIGINAL_DISPLAY_NAME_W, std::wstring(L"Ada the First")});
+    ABEmailEntry entry;
+
+    EXPECT_EQ(outlook.GetABEmailAddress({'a', 'd', 'a'}, entry), 1U);
+
+    EXPECT_EQ(entry.smtpAddress, L"Ada the First");
+}
+
+TEST_F(AddressBookTest, SmtpEntryWithoutANativeAddressHasNone)
+{
+    Entries() = {Entry("ada", L"Ada", L"SMTP")};
+    std::erase_if(Entries()[0],
+                  [](const FakeValue& value) { return value.tag == PR_EMAIL_ADDRESS_W; });
+    ABEmailEntry entry;
+
+    EXPECT_EQ(outlook.GetABEmailAddress({'a', 'd', 'a'}, entry), 0U);
+
+    EXPECT_EQ(entry.smtpAddress, L"") << "the second road is for other types alone";
+}
+
+TEST_F(AddressBookTest, MissingPropertiesLeaveTheirFieldsEmptyAndTheOthersAreRead)
+{
+    Entries() = {{{PR_ENTRYID, BinaryBlock{'a'}}, {PR_SMTP_ADDRESS_W, std::wstring(L"a@b")}}};
+    ABEmailEntry entry;
+
+    EXPECT_EQ(outlook.GetABEmailAddress({'a'}, entry), 1U);
+
+    EXPECT_EQ(entry.displayName, L"");
+    EXPECT_EQ(entry.addressType, L"");
+    EXPECT_EQ(entry.nativeAddress, L"");
+    EXPECT_EQ(entry.smtpAddress, L"a@b");
+    EXPECT_EQ(mapi.flags["IAddrBook::OpenEntry"], MAPI_BEST_ACCESS);
 }
 
 TEST_F(AddressBookTest, EntryThatWillNotOpenHasNoAddress)

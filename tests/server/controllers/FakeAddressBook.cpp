@@ -77,10 +77,11 @@ public:
     {
     }
 
-    HRESULT STDMETHODCALLTYPE GetHierarchyTable(ULONG, IMAPITable** table) override
+    HRESULT STDMETHODCALLTYPE GetHierarchyTable(ULONG flags, IMAPITable** table) override
     {
         *table = nullptr;
         const HRESULT answer = Enter("GetHierarchyTable");
+        NoteFlags("GetHierarchyTable", flags);
         if (FAILED(answer))
         {
             return answer;
@@ -90,20 +91,26 @@ public:
         {
             const std::wstring childPath =
                 m_path.empty() ? child.name : m_path + L"\\" + child.name;
-            rows.push_back({{PR_DISPLAY_NAME_W, child.name},
-                            {PR_ENTRYID, FakeAddressId(childPath)},
-                            {PR_OBJECT_TYPE, child.objectType},
-                            {PR_CONTAINER_FLAGS, child.flags},
-                            {PR_DISPLAY_TYPE, child.displayType}});
+            FakeProps row{{PR_DISPLAY_NAME_W, child.name},
+                          {PR_ENTRYID, FakeAddressId(childPath)},
+                          {PR_OBJECT_TYPE, child.objectType},
+                          {PR_CONTAINER_FLAGS, child.flags},
+                          {PR_DISPLAY_TYPE, child.displayType}};
+            if (!child.hasEntryIdColumn)
+            {
+                std::erase_if(row, [](const FakeValue& value) { return value.tag == PR_ENTRYID; });
+            }
+            rows.push_back(std::move(row));
         }
         *table = MakeFakeTable("ABHierarchyTable", std::move(rows)).Detach();
         return answer;
     }
 
-    HRESULT STDMETHODCALLTYPE GetContentsTable(ULONG, IMAPITable** table) override
+    HRESULT STDMETHODCALLTYPE GetContentsTable(ULONG flags, IMAPITable** table) override
     {
         *table = nullptr;
         const HRESULT answer = Enter("GetContentsTable");
+        NoteFlags("GetContentsTable", flags);
         if (SUCCEEDED(answer))
         {
             *table = MakeFakeTable("ABContentsTable", m_node.entries).Detach();
@@ -124,12 +131,13 @@ public:
     HRESULT STDMETHODCALLTYPE OpenEntry(ULONG cbEntryId,
                                         ENTRYID* entryId,
                                         LPCIID,
-                                        ULONG,
+                                        ULONG flags,
                                         ULONG* objectType,
                                         IUnknown** object) override
     {
         *object = nullptr;
         const HRESULT answer = Enter("OpenEntry");
+        NoteFlags("OpenEntry", flags);
         if (FAILED(answer))
         {
             return answer;

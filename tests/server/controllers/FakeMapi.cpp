@@ -48,27 +48,29 @@ public:
     {
     }
 
-    HRESULT STDMETHODCALLTYPE SetColumns(SPropTagArray* tags, ULONG) override
+    HRESULT STDMETHODCALLTYPE SetColumns(SPropTagArray* tags, ULONG flags) override
     {
+        NoteFlags("SetColumns", flags);
         NoteTags("SetColumns", *tags);
         const HRESULT answer = Enter("SetColumns");
-        if (SUCCEEDED(answer))
-        {
-            m_columns.assign(tags->aulPropTag, tags->aulPropTag + tags->cValues);
-        }
+        // A failure comes from a table that set them all the same.
+        m_columns.assign(tags->aulPropTag, tags->aulPropTag + tags->cValues);
         return answer;
     }
 
     HRESULT STDMETHODCALLTYPE GetRowCount(ULONG, ULONG* count) override
     {
         const HRESULT answer = Enter("GetRowCount");
-        *count = SUCCEEDED(answer) ? static_cast<ULONG>(m_rows.size()) : 0;
+        *count = SUCCEEDED(answer) || g_fakeMapi->isCountToldOnFailure
+                     ? static_cast<ULONG>(m_rows.size())
+                     : 0;
         return answer;
     }
 
-    HRESULT STDMETHODCALLTYPE Restrict(SRestriction* restriction, ULONG) override
+    HRESULT STDMETHODCALLTYPE Restrict(SRestriction* restriction, ULONG flags) override
     {
         const HRESULT answer = Enter("Restrict");
+        NoteFlags("Restrict", flags);
         if (restriction != nullptr && restriction->rt == RES_PROPERTY)
         {
             g_fakeMapi->lastRestriction = *restriction;
@@ -87,6 +89,7 @@ public:
     {
         *rows = nullptr;
         NoteFlags("QueryRows", flags);
+        NoteLimit("QueryRows", limit);
         const HRESULT answer = Enter("QueryRows");
         if (FAILED(answer))
         {
@@ -103,9 +106,10 @@ public:
         return answer;
     }
 
-    HRESULT STDMETHODCALLTYPE Advise(ULONG, IMAPIAdviseSink* sink, ULONG* connection) override
+    HRESULT STDMETHODCALLTYPE Advise(ULONG mask, IMAPIAdviseSink* sink, ULONG* connection) override
     {
         const HRESULT answer = Enter("Advise");
+        NoteFlags("Advise", mask);
         if (SUCCEEDED(answer))
         {
             sink->AddRef();

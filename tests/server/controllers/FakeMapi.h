@@ -27,6 +27,8 @@ struct FakeFolderNode
     std::wstring name = {};
     std::string containerClass = {}; ///< empty: the property is missing
     bool isHidden = false;
+    bool hasHiddenColumn = true;  ///< whether the parent's table tells about hiding at all
+    bool hasNameColumn = true;    ///< whether the parent's table tells the name
     bool hasEntryIdColumn = true; ///< whether the parent's table tells the identifier
     bool hasOwnEntryId = true;    ///< whether the open folder tells it
     ULONG openedAs = MAPI_FOLDER;
@@ -41,6 +43,7 @@ struct FakeContainerNode
     LONG objectType = MAPI_ABCONT;
     LONG flags = 0;
     LONG displayType = 0;
+    bool hasEntryIdColumn = true; ///< whether the parent's table tells the identifier
     std::vector<FakeContainerNode> children = {};
     std::vector<FakeProps> entries =
         {}; ///< rows of the contents table; opened, they answer the same
@@ -70,6 +73,7 @@ struct FakeMapi
     // What has to fail: a status by operation ("IMsgStore::OpenEntry"), taken once for each entry.
     // An operation with an empty list succeeds; S_OK in a list lets one call through.
     std::map<std::string, std::vector<HRESULT>> answers;
+    bool isCountToldOnFailure = false; ///< GetRowCount tells the count also when it fails
     /// Called at the begin of an operation, if there is one for it.
     std::map<std::string, std::function<void()>> actions;
 
@@ -78,6 +82,7 @@ struct FakeMapi
     /// Flags and tags of the last call of an operation, where it has them.
     std::map<std::string, ULONG> flags;
     std::map<std::string, std::vector<ULONG>> tags;
+    std::map<std::string, LONG> limits; ///< how many rows QueryRows was asked for
     ULONG openStoreFlags = 0;
     BinaryBlock openStoreId;
     ULONG logonFlags = 0;

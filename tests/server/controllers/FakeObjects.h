@@ -110,6 +110,10 @@ protected:
     {
         g_fakeMapi->flags[m_name + "::" + method] = flags;
     }
+    void NoteLimit(const char* method, LONG limit) const
+    {
+        g_fakeMapi->limits[m_name + "::" + method] = limit;
+    }
     void NoteTags(const char* method, const SPropTagArray& tags) const
     {
         g_fakeMapi->tags[m_name + "::" + method].assign(tags.aulPropTag,

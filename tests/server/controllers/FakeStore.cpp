@@ -88,10 +88,11 @@ public:
     }
 
     HRESULT STDMETHODCALLTYPE
-    OpenProperty(ULONG tag, LPCIID iid, ULONG, ULONG, IUnknown** object) override
+    OpenProperty(ULONG tag, LPCIID iid, ULONG, ULONG flags, IUnknown** object) override
     {
         *object = nullptr;
         const HRESULT answer = Enter("OpenProperty");
+        NoteFlags("OpenProperty", flags);
         if (FAILED(answer))
         {
             return answer;
@@ -106,15 +107,14 @@ public:
         {
             FakeProps row{{PR_DISPLAY_NAME_W, child.name},
                           {PR_SUBFOLDERS, !child.children.empty()},
-                          {PR_OBJECT_TYPE, LONG{MAPI_FOLDER}}};
-            if (child.hasEntryIdColumn)
-            {
-                row.push_back({PR_ENTRYID, FakeFolderId(ChildPath(child.name))});
-            }
-            if (child.isHidden)
-            {
-                row.push_back({PR_ATTR_HIDDEN, true});
-            }
+                          {PR_OBJECT_TYPE, LONG{MAPI_FOLDER}},
+                          {PR_ENTRYID, FakeFolderId(ChildPath(child.name))},
+                          {PR_ATTR_HIDDEN, child.isHidden}};
+            std::erase_if(row, [&](const FakeValue& value) {
+                return (value.tag == PR_DISPLAY_NAME_W && !child.hasNameColumn) ||
+                       (value.tag == PR_ENTRYID && !child.hasEntryIdColumn) ||
+                       (value.tag == PR_ATTR_HIDDEN && !child.hasHiddenColumn);
+            });
             rows.push_back(std::move(row));
         }
         *object = MakeFakeTable("HierarchyTable", std::move(rows)).Detach();
@@ -124,12 +124,13 @@ public:
     HRESULT STDMETHODCALLTYPE OpenEntry(ULONG cbEntryId,
                                         ENTRYID* entryId,
                                         LPCIID,
-                                        ULONG,
+                                        ULONG flags,
                                         ULONG* objectType,
                                         IUnknown** object) override
     {
         *object = nullptr;
         const HRESULT answer = Enter("OpenEntry");
+        NoteFlags("OpenEntry", flags);
         if (FAILED(answer))
         {
             return answer;
@@ -145,10 +146,11 @@ public:
         return answer;
     }
 
-    HRESULT STDMETHODCALLTYPE GetContentsTable(ULONG, IMAPITable** table) override
+    HRESULT STDMETHODCALLTYPE GetContentsTable(ULONG flags, IMAPITable** table) override
     {
         *table = nullptr;
         const HRESULT answer = Enter("GetContentsTable");
+        NoteFlags("GetContentsTable", flags);
         if (FAILED(answer))
         {
             return answer;

@@ -37,6 +37,7 @@ protected:
 };
 
 using Paths = std::vector<std::wstring>;
+using Tags = std::vector<ULONG>;
 
 TEST_F(FolderWalkTest, FindsDepthFirstWithLevelPathAndIdentifier)
 {
@@ -54,6 +55,36 @@ TEST_F(FolderWalkTest, FindsDepthFirstWithLevelPathAndIdentifier)
     EXPECT_EQ(found[3].path, L"A\\D");
     EXPECT_EQ(found[4].path, L"E");
     EXPECT_EQ(found[4].level, 0U);
+}
+
+TEST_F(FolderWalkTest, ChildrenAreReadWithFiveColumnsAndWithoutAdvancing)
+{
+    mapi.folders = {Calendar(L"A")};
+
+    Walk(FolderKindAppointment);
+
+    EXPECT_EQ(mapi.flags["IMAPIFolder::OpenProperty"], 0U);
+    EXPECT_EQ(mapi.tags["HierarchyTable::SetColumns"],
+              (Tags{0x0FFF0102, 0x3001001F, 0x360A000B, 0x0FFE0003, 0x10F4000B}));
+    EXPECT_EQ(mapi.flags["HierarchyTable::SetColumns"], 0U);
+    EXPECT_EQ(mapi.limits["HierarchyTable::QueryRows"], 0x0FFFFFFF);
+    EXPECT_EQ(mapi.flags["HierarchyTable::QueryRows"], TBL_NOADVANCE);
+    EXPECT_EQ(mapi.flags["IMAPIFolder::OpenEntry"], 0U);
+}
+
+TEST_F(FolderWalkTest, WhatTheListHeldStaysAndDoesNotCount)
+{
+    mapi.folders = {Calendar(L"A")};
+    std::vector<MapiFolderInfo> list(1);
+    list[0].path = L"before";
+    const CComRef<IMAPIFolder> root = MakeFakeFolder(L"");
+
+    EXPECT_EQ(RecFolders(root.Get(), 3, L"Top\\", list, FolderKindAppointment), 1U);
+
+    ASSERT_EQ(list.size(), 2U);
+    EXPECT_EQ(list[0].path, L"before");
+    EXPECT_EQ(list[1].path, L"Top\\A");
+    EXPECT_EQ(list[1].level, 3U);
 }
 
 TEST_F(FolderWalkTest, EntersSubtreesThroughWantedFoldersOnly)
@@ -78,6 +109,22 @@ TEST_F(FolderWalkTest, HiddenFolderIsLeftOutWithAllBelowIt)
     mapi.folders[0].isHidden = true;
 
     EXPECT_EQ(Paths(FolderKindAppointment), (::Paths{L"Shown"}));
+}
+
+TEST_F(FolderWalkTest, FolderThatSaysNothingAboutHidingIsShown)
+{
+    mapi.folders = {Calendar(L"A")};
+    mapi.folders[0].hasHiddenColumn = false;
+
+    EXPECT_EQ(Paths(FolderKindAppointment), (::Paths{L"A"}));
+}
+
+TEST_F(FolderWalkTest, FolderWithoutANameIsFoundUnderAnEmptyOne)
+{
+    mapi.folders = {Calendar(L"A", {Calendar(L"B")})};
+    mapi.folders[0].hasNameColumn = false;
+
+    EXPECT_EQ(Paths(FolderKindAppointment), (::Paths{L"", L"\\B"}));
 }
 
 TEST_F(FolderWalkTest, FoldersWithoutIdentifierOrOfAnotherTypeArePassedOver)
@@ -120,6 +167,17 @@ TEST_F(FolderWalkTest, BusyHierarchyIsAskedAgain)
     EXPECT_EQ(Paths(FolderKindAppointment), (::Paths{L"A"}));
 
     EXPECT_EQ(Lines(), (Strings{"2 RecFolders", "3 QueryAllRows hResult==MAPI_E_BUSY"}));
+}
+
+TEST_F(FolderWalkTest, BusyHierarchyThatCannotWaitGivesNothing)
+{
+    mapi.folders = {Calendar(L"A")};
+    mapi.answers["HierarchyTable::QueryRows"] = {MAPI_E_BUSY};
+    mapi.answers["HierarchyTable::WaitForCompletion"] = {MAPI_E_NO_SUPPORT};
+
+    EXPECT_EQ(Paths(FolderKindAppointment), ::Paths{});
+
+    EXPECT_EQ(mapi.CountCalls("HierarchyTable::QueryRows"), 1U);
 }
 
 TEST_F(FolderWalkTest, NoFolderGivesNothing)

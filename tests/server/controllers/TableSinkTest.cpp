@@ -4,51 +4,11 @@
 #include <thread>
 
 #include "ControllerTest.h"
+#include "FailingNew.h"
 #include "MAPITableAdviseSink.h"
 #include "RecordingSwitch.h"
+#include "RowEvent.h"
 #include "WorkThread.h"
-
-namespace
-{
-
-/// One row event.
-class CRowEvent final
-{
-public:
-    CRowEvent(ULONG tableEvent, BinaryBlock instance, std::vector<BinaryBlock> entries)
-        : m_instance(std::move(instance)), m_entries(std::move(entries))
-    {
-        m_notification.ulEventType = fnevTableModified;
-        TABLE_NOTIFICATION& table = m_notification.info.tab;
-        table.ulTableEvent = tableEvent;
-        table.propIndex.ulPropTag = PR_INSTANCE_KEY;
-        table.propIndex.Value.bin = {BlockSize(m_instance), m_instance.data()};
-        for (BinaryBlock& entry : m_entries)
-        {
-            SPropValue value{};
-            value.ulPropTag = PR_ENTRYID;
-            value.Value.bin = {BlockSize(entry), entry.data()};
-            m_values.push_back(value);
-        }
-        SPropValue other{};
-        other.ulPropTag = PR_OBJECT_TYPE;
-        m_values.push_back(other);
-        table.row.cValues = static_cast<ULONG>(m_values.size());
-        table.row.lpProps = m_values.data();
-    }
-    CRowEvent(const CRowEvent&) = delete;
-    CRowEvent& operator=(const CRowEvent&) = delete;
-
-    NOTIFICATION& Get() { return m_notification; }
-
-private:
-    BinaryBlock m_instance;
-    std::vector<BinaryBlock> m_entries;
-    std::vector<SPropValue> m_values;
-    NOTIFICATION m_notification{};
-};
-
-} // namespace
 
 class TableSinkTest : public ControllerTest
 {
@@ -97,10 +57,11 @@ TEST_F(TableSinkTest, EventsAreTracedInTheirOrder)
 {
     EnsureWorkThread();
     CRowEvent added(TABLE_ROW_ADDED, {0x1A}, {{0xE1}});
+    CRowEvent modified(TABLE_ROW_MODIFIED, {0x2B}, {{0xE2}});
     CRowEvent deleted(TABLE_ROW_DELETED, {0x3C}, {});
-    NOTIFICATION events[] = {added.Get(), deleted.Get()};
+    NOTIFICATION events[] = {added.Get(), modified.Get(), deleted.Get()};
 
-    calendar.Get()->OnNotify(2, events);
+    calendar.Get()->OnNotify(3, events);
 
     Strings lines = Lines();
     std::erase_if(lines, [](const std::string& line) {
@@ -108,12 +69,14 @@ TEST_F(TableSinkTest, EventsAreTracedInTheirOrder)
                line.find("PushPendingWork") == std::string::npos;
     });
     EXPECT_EQ(lines,
-              (Strings{"3 CMAPITableAdviseSink::OnNotify, cNotify number[2]",
+              (Strings{"3 CMAPITableAdviseSink::OnNotify, cNotify number[3]",
                        "2 CMAPITableAdviseSink::OnNotify TABLE_ROW_ADDED",
                        "3 PushPendingWork tasktype[12]",
+                       "2 CMAPITableAdviseSink::OnNotify TABLE_ROW_MODIFIED",
+                       "3 PushPendingWork tasktype[11]",
                        "2 CMAPITableAdviseSink::OnNotify TABLE_ROW_DELETED",
                        "3 PushPendingWork tasktype[10]"}));
-    asked.WaitFor(2);
+    asked.WaitFor(3);
 }
 
 TEST_F(TableSinkTest, ContactEventsBecomeTasksOfTheContacts)
@@ -160,6 +123,33 @@ TEST_F(TableSinkTest, MissingRowIsTracedAndTheNextOneFollows)
 
     EXPECT_EQ(asked.WaitFor(1), (Strings{"appointment E2 2B"}));
     EXPECT_TRUE(trace.Has(1, "lpRow == NULL"));
+}
+
+TEST_F(TableSinkTest, ValuesOfAnotherTypeAreEmptyTexts)
+{
+    CRowEvent modified(TABLE_ROW_MODIFIED, {0x2B}, {{0xE1}});
+    TABLE_NOTIFICATION& table = modified.Get().info.tab;
+    table.propIndex.ulPropTag = PROP_TAG(PT_ERROR, PROP_ID(PR_INSTANCE_KEY));
+    table.row.lpProps[0].ulPropTag = PROP_TAG(PT_ERROR, PROP_ID(PR_ENTRYID));
+
+    EXPECT_EQ(calendar.Get()->OnNotify(1, &modified.Get()), 0U);
+
+    EXPECT_EQ(asked.WaitFor(1), (Strings{"appointment  "}));
+}
+
+TEST_F(TableSinkTest, WantOfMemoryIsAnsweredAndThrowsNothingAtTheProvider)
+{
+    EnsureWorkThread();
+    CRowEvent large(TABLE_ROW_ADDED, BinaryBlock(kFailingBytes, 0x1A), {{0xE1}});
+    CRowEvent small(TABLE_ROW_ADDED, {0x2B}, {{0xE2}});
+
+    {
+        const CFailingNew noMemory;
+        EXPECT_EQ(calendar.Get()->OnNotify(1, &large.Get()), 0x8007000EU);
+    }
+    EXPECT_EQ(calendar.Get()->OnNotify(1, &small.Get()), 0U);
+
+    EXPECT_EQ(asked.WaitFor(1), (Strings{"appointment E2 2B"}));
 }
 
 TEST_F(TableSinkTest, OtherEventsAreIgnored)
