@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <iterator>
 #include <vector>
 
 #include "DocumentFile.h"
@@ -84,6 +85,46 @@ TEST(ContactXml, TheListOfTheSecondFormHasNoDeclaration)
 
     ExpectDocument(BuildContactsImXml(contacts), "contacts-im-two.expected.txt");
     ExpectDocument(BuildContactsImXml({}), "contacts-im-none.expected.txt");
+}
+
+TEST(ContactXml, EveryTextIsEscapedInsideItsSection)
+{
+    const WString raw = WTEXT("<&>");
+    ContactRecord contact;
+    WString* const texts[] = {&contact.displayName,
+                              &contact.givenName,
+                              &contact.surName,
+                              &contact.emailAddress,
+                              &contact.imAddress,
+                              &contact.title,
+                              &contact.company,
+                              &contact.department,
+                              &contact.teleWork,
+                              &contact.teleMobile,
+                              &contact.teleFax,
+                              &contact.teleHome,
+                              &contact.webSite,
+                              &contact.country,
+                              &contact.postalCode,
+                              &contact.state,
+                              &contact.street,
+                              &contact.locality};
+    for (WString* const text : texts)
+    {
+        *text = raw;
+    }
+    const WString section = WTEXT("<![CDATA[&lt;&amp;&gt;]]>");
+
+    WString document = BuildContactInfoImXml(contact);
+
+    std::size_t sections = 0;
+    for (std::size_t at = document.find(section); at != WString::npos;
+         at = document.find(section, at + 1))
+    {
+        ++sections;
+    }
+    EXPECT_EQ(sections, std::size(texts));
+    EXPECT_EQ(document.find(raw), WString::npos);
 }
 
 TEST(ContactXml, EachGapIsSixTabsAndThreeBlanks)

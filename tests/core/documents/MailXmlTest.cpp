@@ -45,6 +45,18 @@ TEST(MailXml, MessageClassGoesInAsItStands)
               WString::npos);
 }
 
+TEST(MailXml, NumbersAreSigned)
+{
+    MailRecord mail = Mail();
+    mail.messageFlags = 0xFFFFFFFF;
+    mail.importance = 0x80000000;
+
+    const WString document = BuildMailInfoXml(mail);
+
+    EXPECT_NE(document.find(WTEXT("<MessageFlag>-1</MessageFlag>")), WString::npos);
+    EXPECT_NE(document.find(WTEXT("<Importance>-2147483648</Importance>")), WString::npos);
+}
+
 TEST(MailXml, UnsetTimeIsTheFirstDayTheClockKnows)
 {
     MailRecord mail = Mail();

@@ -6,6 +6,8 @@
 #include <string>
 #include <vector>
 
+#include "NarrowText.h"
+
 namespace
 {
 
@@ -29,6 +31,13 @@ TEST(GetUidFromGlobalObjectId, GivesTheTextBehindTheMark)
 {
     EXPECT_EQ(GetUidFromGlobalObjectId(GlobalObjectId("abc@example.org", 27)),
               WTEXT("abc@example.org"));
+}
+
+TEST(GetUidFromGlobalObjectId, TheTextIsReadInTheCodePageOfTheThread)
+{
+    const std::string uid = "\xE4\x80z";
+
+    EXPECT_EQ(GetUidFromGlobalObjectId(GlobalObjectId(uid, 15)), WidenThreadText(uid));
 }
 
 TEST(GetUidFromGlobalObjectId, AZeroByteEndsTheTextEarly)
