@@ -105,18 +105,20 @@ bool CMAPIMessageBase::GetExceptionAppointmentInfo(const FILETIME& windowStart,
     return isFound;
 }
 
-void CMAPIMessageBase::GetExceptionRecipients(IMessage* message, SeriesRecipients& recipients)
+bool CMAPIMessageBase::GetExceptionRecipients(IMessage* message, SeriesRecipients& recipients)
 {
     CMapiRows rows;
     if (!QueryEmbedded(message, "CMAPIMessageBase::GetExceptionRecipients", rows))
     {
-        return;
+        return false;
     }
+    bool isComplete = true;
     for (const SRow& row : rows)
     {
         const CComRef<IMessage> embedded = OpenEmbedded(message, row);
         if (!embedded)
         {
+            isComplete = false;
             continue;
         }
         SYSTEMTIME start{};
@@ -135,4 +137,5 @@ void CMAPIMessageBase::GetExceptionRecipients(IMessage* message, SeriesRecipient
         GetMAPIApptAttenddeeList(embedded.Get(), attendees);
         recipients.emplace(MinutesFromSystemTime(start), std::move(attendees));
     }
+    return isComplete;
 }

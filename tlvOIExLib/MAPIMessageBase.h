@@ -38,5 +38,7 @@ protected:
 
     /// The recipients of every changed instance of a series, by its UTC start in minutes. With two
     /// instances of one start the first one stays.
-    static void GetExceptionRecipients(IMessage* message, SeriesRecipients& recipients);
+    /// Errors: false when the table or one of the messages could not be opened; what could be read is
+    ///         in `recipients` all the same.
+    static bool GetExceptionRecipients(IMessage* message, SeriesRecipients& recipients);
 };

@@ -270,10 +270,14 @@ bool COutlookCtrl::ReadException(const MeetingInfo& master,
                static_cast<int>(current.m_strUCCapabilities.size()));
     if (!MapiDataStore().HasSeries(key))
     {
-        // Kept also when there are none, so that the next instance does not look again.
         SeriesRecipients recipients;
-        GetExceptionRecipients(message.Get(), recipients);
-        MapiDataStore().SetSeries(key, std::move(recipients));
+        const bool isComplete = GetExceptionRecipients(message.Get(), recipients);
+        // Kept also when there are none, so that the next instance does not look again; but a look that
+        // failed and found nothing is left to it.
+        if (isComplete || !recipients.empty())
+        {
+            MapiDataStore().SetSeries(key, std::move(recipients));
+        }
     }
     return isFound;
 }

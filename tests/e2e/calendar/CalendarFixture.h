@@ -7,6 +7,7 @@
 #include <memory>
 #include <string>
 
+#include "HangingCall.h"
 #include "RemoteClient.h"
 #include "ServerProcesses.h"
 
@@ -47,23 +48,4 @@ private:
 
     std::wstring m_folder;
     std::unique_ptr<CRegisteredServer> m_server;
-};
-
-/// A call of the mail library that hangs by the plan "... hang NAME".
-class CHangingCall
-{
-public:
-    explicit CHangingCall(const std::wstring& name);
-    CHangingCall(const CHangingCall&) = delete;
-    CHangingCall& operator=(const CHangingCall&) = delete;
-    ~CHangingCall();
-
-    /// Waits until the call hangs.
-    [[nodiscard]] bool WaitUntilReached() const;
-
-    void LetGo() const;
-
-private:
-    HANDLE m_reached;
-    HANDLE m_goOn;
 };

@@ -26,7 +26,7 @@ protected:
         StoreTest::TearDown();
     }
 
-    static std::string WithMessage(const std::string& message)
+    std::string WithMessage(const std::string& message) const
     {
         return DocumentWith("\"messages\": [\n        {",
                             "\"messages\": [\n        " + message + ",\n        {");

@@ -5,9 +5,9 @@
 #include <string>
 #include <vector>
 
-#include "MapiStoreControl.h"
+#include "MailStoreTest.h"
 #include "OutlookCtrl.h"
-#include "TraceCapture.h"
+#include "StoreText.h"
 
 using Strings = std::vector<std::string>;
 
@@ -43,28 +43,9 @@ private:
     }
 };
 
-/// The whole controller over the file-backed mail library: registered as the mail client, buffers
-/// guarded by inaccessible pages, calls of the wrong thread refused. After each test its ledger has
-/// to be empty and free of misuse.
-class StoreTest : public testing::Test
+/// The whole controller over the store of StoreText.h.
+class StoreTest : public MailStoreTest
 {
 protected:
-    void SetUp() override;
-    void TearDown() override;
-
-    /// Replaces the document of the store, as another program would.
-    static void WriteDocument(const std::string& text);
-    /// The document with `from` replaced by `to`, which must be there.
-    static std::string DocumentWith(const std::string& from, const std::string& to);
-    /// Sets the fault plan of the next session.
-    static void SetFaults(const std::string& plan);
-    /// What the ledger says of the last session.
-    static MapiStoreCounts Counts();
-    static std::string Report();
-    /// Reads a changed document at once, and returns when the tables know of it.
-    static void Refresh();
-    /// Expects that everything was given back and nothing was misused.
-    static void ExpectCleanLedger();
-
-    CTraceCapture trace;
+    StoreTest() : MailStoreTest(kStoreDocument) {}
 };

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include "PatternBlob.h"
 #include "TestOutlook.h"
 
 namespace
@@ -140,6 +141,29 @@ TEST_F(AttendeeCheckTest, AHostWithAnAddressKeepsIt)
     ListDay();
 
     EXPECT_EQ(Values(L"hostEmail"), Texts{L"other-host@example.org"});
+}
+
+TEST_F(AttendeeCheckTest, EachInstanceOfAMeetingWithoutAHostTellsThatItsHostHasNoAddress)
+{
+    // The series' own check added the empty host that the instances then find.
+    pattern::Modified moved =
+        pattern::Moved("2024-03-06T09:00:00", "2024-03-06T13:00:00", "2024-03-06T14:00:00");
+    pattern::Pattern rule = pattern::Daily("2024-03-06", 1);
+    rule.modified = {moved};
+    AddSeries(2, "2024-03-06T09:00:00", "2024-03-06T10:00:00", rule.Write())
+        ->props.SetLong(NamedTag(PSETID_Appointment, 0x8217, PT_LONG), 1);
+
+    List("2024-03-06T12:00:00", "2024-03-06T14:00:00");
+
+    const std::wstring subKey = Values(L"subKey").at(0);
+    char line[128] = {};
+    std::snprintf(line,
+                  sizeof line,
+                  "Appointment's Host[] with empty  Mail Address[], meeting instance id[0x%lx]",
+                  std::stoul(subKey));
+    EXPECT_TRUE(m_trace.Has(0, line)) << line;
+    EXPECT_EQ(Values(L"hostEmail"), Texts{L""});
+    EXPECT_EQ(Values(L"name"), Texts{L""}); // no second host was added
 }
 
 TEST_F(AttendeeCheckTest, OfTwoHostsTheLastOneCounts)

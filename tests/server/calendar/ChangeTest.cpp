@@ -73,6 +73,27 @@ TEST_F(ChangeTest, AnAddedRowIsReportedAndStored)
     EXPECT_TRUE(MapiDataStore().GetAppointment(L"00000001", stored));
 }
 
+TEST_F(ChangeTest, AControllerThatIsNotUpLeavesTheTextAlone)
+{
+    m_outlook.m_hrInit = 1;
+    WString text = L"before";
+
+    EXPECT_EQ(m_outlook.GetMsgInfoByTableSink(m_folder.Get(), L"00000001", L"AA01", text), 1U);
+
+    EXPECT_EQ(text, L"before");
+}
+
+TEST_F(ChangeTest, WithoutAFolderOnlyTheDataStoreIsAsked)
+{
+    AddListed();
+
+    EXPECT_EQ(m_outlook.GetMsgInfoByTableSink(nullptr, L"00000001", L"AA01", m_change), 0U);
+
+    EXPECT_TRUE(m_trace.Has(2, "lpFolder == NULL"));
+    MeetingInfo stored;
+    EXPECT_FALSE(MapiDataStore().GetAppointment(L"00000001", stored));
+}
+
 TEST_F(ChangeTest, ARowOfAnyClassIsReadOnThisRoad)
 {
     m_message = AddAppointment(1, "2024-03-05T10:00:00", "2024-03-05T11:00:00");
@@ -211,14 +232,15 @@ TEST_F(ChangeTest, OutsideAPersonalStoreTheLongTermIdentifierIsTheKey)
 TEST_F(ChangeTest, ADeletedRowIsReportedByWhatWasHeld)
 {
     AddListed();
+    m_trace.Clear();
 
     EXPECT_EQ(NotifyDelete(), 1U);
 
     EXPECT_EQ(Changed(L"subject"), Texts{L"subject 1"});
-    EXPECT_TRUE(m_trace.Has(3, "instanceID[AA01]"));
-    EXPECT_EQ(
-        LinesWith(m_trace, "name=[c3ViamVjdCAx], rectype=[0], meetingstatus=[0] stFirst=").size(),
-        1U);
+    EXPECT_EQ(m_trace.Messages(),
+              (std::vector<std::string>{"3 instanceID[AA01]",
+                                        "3 name=[c3ViamVjdCAx], rectype=[0], meetingstatus=[0] "
+                                        "stFirst=[2024/3/5 10:0]"}));
     MeetingInfo stored;
     EXPECT_FALSE(MapiDataStore().GetAppointment(L"00000001", stored));
 }
@@ -305,6 +327,35 @@ TEST_F(ReplacedRowTest, TheUpdateIsReportedAndADeletionIsQueuedBehindIt)
 
     EXPECT_EQ(Changed(L"entryID"), Texts{L"00000002"});
     EXPECT_EQ(Deletions(), std::vector<std::string>{"DeleteMsgInfoByTableSink(AA01)"});
+}
+
+TEST_F(ReplacedRowTest, TheQueuedDeletionGoesWithItsFolder)
+{
+    // The work thread is kept busy, so that the deletion waits behind it.
+    const CHandle reached(CreateEventW(nullptr, TRUE, FALSE, nullptr));
+    const CHandle goOn(CreateEventW(nullptr, TRUE, FALSE, nullptr));
+    m_script.deleteMsgInfo = [&](WString&) {
+        SetEvent(reached.Get());
+        WaitForSingleObject(goOn.Get(), INFINITE);
+        return ULONG{0};
+    };
+    WorkTask busy;
+    busy.eTaskType = TaskType::DeleteAppt;
+    busy.Param3 = TaskText(L"BUSY");
+    {
+        const CWorkThreadUse worker;
+        worker->AddTableWork(busy);
+    }
+    ASSERT_EQ(WaitForSingleObject(reached.Get(), 60000), WAIT_OBJECT_0);
+    Notify(L"00000002");
+
+    {
+        const CWorkThreadUse worker;
+        worker->DropTableWork(m_folder.Get());
+    }
+    SetEvent(goOn.Get());
+
+    EXPECT_EQ(Deletions(), std::vector<std::string>{"DeleteMsgInfoByTableSink(BUSY)"});
 }
 
 TEST_F(ReplacedRowTest, TheOldEntryStaysUntilTheDeletionTakesTheFirstOfBoth)

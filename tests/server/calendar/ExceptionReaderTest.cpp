@@ -220,4 +220,19 @@ TEST_F(ExceptionReaderTest, AnEntryThatIsThereStays)
     EXPECT_EQ(recipients.begin()->second.at(0).name, L"Ada");
 }
 
+TEST_F(ExceptionReaderTest, RecipientsTellWhetherEveryMessageWasOpened)
+{
+    SeriesRecipients recipients;
+    EXPECT_TRUE(CTestOutlook::GetExceptionRecipients(m_message.Get(), recipients));
+
+    Attach("2024-03-05T10:30:00", L"refused");
+    Attach("2024-03-06T10:30:00", L"opened");
+    m_message->script["OpenAttach"] = {MAPI_E_NO_ACCESS};
+    EXPECT_FALSE(CTestOutlook::GetExceptionRecipients(m_message.Get(), recipients));
+    EXPECT_EQ(recipients.size(), 1U);
+
+    EXPECT_TRUE(CTestOutlook::GetExceptionRecipients(m_message.Get(), recipients));
+    EXPECT_FALSE(CTestOutlook::GetExceptionRecipients(nullptr, recipients));
+}
+
 } // namespace

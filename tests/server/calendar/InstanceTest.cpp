@@ -70,6 +70,27 @@ TEST_F(InstanceTest, OnlyTheStartOfAnInstanceIsTestedWithBothEndsIncluded)
     EXPECT_EQ(Starts("2024-03-05T09:00:00", "2024-03-05T09:00:00"), Texts{L"03/05/2024 09:00:00"});
 }
 
+TEST_F(InstanceTest, WhatARuleYieldsOutsideTheWindowIsDropped)
+{
+    // Every fifth leap day: behind 2020 the rule goes on in 1604, for hundreds of instances.
+    AddSeries(2,
+              "2020-02-29T09:00:00",
+              "2020-02-29T10:00:00",
+              pattern::YearlyDay("2020-02-29", 29, 5).Write());
+    // A last day that begins behind the window comes out of the rule all the same.
+    pattern::Pattern ended = pattern::Daily("2024-03-01", 1);
+    ended.endType = pattern::kEndByDate;
+    ended.endDate = pattern::Minutes("2024-03-05");
+    AddSeries(3, "2024-03-01T09:00:00", "2024-03-01T10:00:00", ended.Write());
+
+    EXPECT_EQ(Starts("2020-01-01T00:00:00", "2024-03-05T08:00:00"),
+              (Texts{L"02/29/2020 09:00:00",
+                     L"03/01/2024 09:00:00",
+                     L"03/02/2024 09:00:00",
+                     L"03/03/2024 09:00:00",
+                     L"03/04/2024 09:00:00"}));
+}
+
 TEST_F(InstanceTest, ASeriesWithoutAnInstanceInTheWindowGivesNothingAndNoError)
 {
     AddDaily();
@@ -93,6 +114,19 @@ TEST_F(InstanceTest, ALongSubjectIsMaskedInTheTrace)
     ListDay();
 
     EXPECT_TRUE(m_trace.Has(2, "iter->subject=abcde********vwxyz,startdate=2024-3-5"));
+}
+
+TEST_F(InstanceTest, TheSubjectOfAChangedInstancesMessageIsMaskedInTheTraceToo)
+{
+    AddDaily();
+    AttachException()->props.SetText(PR_SUBJECT_W, L"abcde-hidden-vwxyz");
+
+    ListDay();
+
+    EXPECT_EQ(
+        LinesWith(m_trace, "bFound=1, meetInfoCurrent.strName=abcde********vwxyz,strDesc size=4,")
+            .size(),
+        1U);
 }
 
 TEST_F(InstanceTest, ACancelledInstanceHasStatusSeven)
@@ -262,6 +296,18 @@ TEST_F(InstanceTest, RecipientsOfAllChangedInstancesAreReadOnceForTheSeries)
     EXPECT_EQ(reads(), 2);
 }
 
+TEST_F(InstanceTest, RecipientsThatCouldNotBeReadAreLookedForWithTheNextInstance)
+{
+    AddDaily()->recipients = {Recipient(L"Host", L"host@example.org", 3)};
+    AttachException()->recipients = {Recipient(L"Guest", L"guest@example.org", 3)};
+    m_master->script["GetAttachmentTable"] = {MAPI_E_CALL_FAILED, MAPI_E_CALL_FAILED};
+
+    List("2024-03-04T00:00:00", "2024-03-06T00:00:00");
+
+    // The two looks for 4 March failed.
+    EXPECT_EQ(Values(L"name"), (Texts{L"Host", L"Guest"}));
+}
+
 TEST_F(InstanceTest, AMasterThatCannotBeOpenedAgainStillGivesItsInstances)
 {
     AddDaily();
@@ -302,55 +348,6 @@ TEST_F(InstanceTest, AnUnknownSeriesOrAControllerThatIsNotUpGivesNothing)
     m_outlook.m_hrInit = 1;
     EXPECT_EQ(m_outlook.ListRecurrentInstance(L"00000001", &start, &end, xml), 0U);
     EXPECT_EQ(xml, L"before");
-}
-
-class OneAppointmentTest : public CalendarTest
-{
-};
-
-TEST_F(OneAppointmentTest, AnAppointmentIsAnsweredByItsKeyTheFirstTimeOnly)
-{
-    AddAppointment(1, "2024-03-05T10:00:00", "2024-03-05T11:00:00");
-    WString xml;
-
-    EXPECT_NE(m_outlook.GetAppointment(L"00000001", xml), 0U);
-    EXPECT_EQ(ValuesIn(xml, L"subject"), Texts{L"subject 1"});
-    EXPECT_EQ(ValuesIn(xml, L"startTime"), Texts{L"03/05/2024 10:00:00"});
-    EXPECT_EQ(ValuesIn(xml, L"store"), Texts{L"store"});
-    EXPECT_EQ(ValuesIn(xml, L"profile"), Texts{L""});
-
-    WString second;
-    EXPECT_EQ(m_outlook.GetAppointment(L"00000001", second), 0U);
-    EXPECT_EQ(second, L"");
-    EXPECT_EQ(LinesWith(m_trace,
-                        "name=[c3ViamVjdCAx], rectype=[0], meetingstatus=[0] "
-                        "stFirst=[2024/3/5 10:0] duration=[60]")
-                  .size(),
-              2U);
-}
-
-TEST_F(OneAppointmentTest, AnUnknownKeyOrAControllerThatIsNotUpGivesNothing)
-{
-    AddAppointment(1, "2024-03-05T10:00:00", "2024-03-05T11:00:00");
-    WString xml = L"before";
-
-    EXPECT_EQ(m_outlook.GetAppointment(L"00000099", xml), 0U);
-    m_outlook.m_hrInit = 0x80080004;
-    EXPECT_EQ(m_outlook.GetAppointment(L"00000001", xml), 0U);
-
-    EXPECT_EQ(xml, L"before");
-    EXPECT_TRUE(m_trace.Has(2, "CMyMAPICtrl::ListAppointment - hStatus [0x80080004]"));
-}
-
-TEST_F(OneAppointmentTest, AStoredAppointmentIsNotAnsweredEvenByAControllerThatIsNotUp)
-{
-    AddAppointment(1, "2024-03-05T10:00:00", "2024-03-05T11:00:00");
-    List("2024-03-05T00:00:00", "2024-03-06T00:00:00");
-    m_outlook.m_hrInit = 1;
-    WString xml;
-
-    EXPECT_EQ(m_outlook.GetAppointment(L"00000001", xml), 0U);
-    EXPECT_FALSE(m_trace.Has(2, "CMyMAPICtrl::ListAppointment - hStatus [0x1]"));
 }
 
 } // namespace

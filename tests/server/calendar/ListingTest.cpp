@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "AppointmentTags.h"
+#include "PatternBlob.h"
 #include "TestOutlook.h"
 
 namespace
@@ -117,6 +118,43 @@ TEST_F(ListingTest, TheFiveTagsAreLookedUpOnceForTheProcess)
     EXPECT_EQ(m_trace.Count("GetApptInformalTag"), 5U);
 }
 
+TEST_F(ListingTest, TheLinesOfAListingComeInTheirOrder)
+{
+    AddAppointment(1, "2024-03-05T10:00:00", "2024-03-05T11:00:00");
+    AddSeries(
+        2, "2024-03-05T09:00:00", "2024-03-05T10:00:00", pattern::Daily("2024-03-05", 1).Write());
+    List("2024-03-05T00:00:00", "2024-03-06T00:00:00"); // resolves the tags
+    MapiDataStore().ClearDataStore();
+    m_trace.Clear();
+
+    List("2024-03-05T00:00:00", "2024-03-06T00:00:00");
+
+    Calls lines;
+    for (const TraceLine& line : m_trace.Lines())
+    {
+        if (line.function.starts_with("COutlookCtrl::") ||
+            line.function.starts_with("CMAPIFolderBase::"))
+        {
+            lines.push_back(std::to_string(line.level) + " " + line.message);
+        }
+    }
+    EXPECT_EQ(lines,
+              (Calls{"3 ListAppointment",
+                     "2 ListAppointmentFromFolder",
+                     "2 GetAppointmentInfo",
+                     "3 get again- name=[c3ViamVjdCAx], rectype=[0], meetingstatus=[0] "
+                     "stFirst=[2024/3/5 10:0] instanceID=[AA01] duration=[60]",
+                     "3 check simple appointment",
+                     "2 GetAppointmentInfo",
+                     "3 get again- name=[c3ViamVjdCAy], rectype=[1], meetingstatus=[0] "
+                     "stFirst=[2024/3/5 9:0] instanceID=[AA02] duration=[60]",
+                     "3 check recurrent appointment",
+                     "2 iter->subject=subject 2,startdate=2024-3-5",
+                     "2 bFound=0, meetInfoCurrent.strName=,strDesc size=0,strXaltDesc size=0,"
+                     "strPropertyFromDeskTools size=0,m_strUCCapabilities.size=0",
+                     "3 CMyMAPICtrl::ListAppointment - Got [2] appointment(s)"}));
+}
+
 TEST_F(ListingTest, OnlyMessagesOfTheAppointmentClassesCount)
 {
     for (BYTE id = 1; id <= 6; ++id)
@@ -204,6 +242,18 @@ TEST_F(ListingTest, ARowThatCannotBeReadIsPassedOver)
     EXPECT_EQ(List("2024-03-05T00:00:00", "2024-03-06T00:00:00"), Texts{L"subject 2"});
 
     EXPECT_TRUE(m_trace.Has(3, "Get app info error:hresult=8004010f"));
+}
+
+TEST_F(ListingTest, AnObjectThatIsNoMessageIsPassedOver)
+{
+    AddAppointment(1, "2024-03-05T10:00:00", "2024-03-05T11:00:00");
+    List("2024-03-05T00:00:00", "2024-03-06T00:00:00"); // resolves the tags
+    MapiDataStore().ClearDataStore();
+    m_folder->objectType = MAPI_FOLDER;
+
+    EXPECT_TRUE(List("2024-03-05T00:00:00", "2024-03-06T00:00:00").empty());
+
+    EXPECT_TRUE(m_trace.Has(3, "Get app info error:hresult=0"));
 }
 
 TEST_F(ListingTest, AFolderStopsOnceItGaveMoreThanTwoThousandAndTheNextIsStillListed)

@@ -71,6 +71,18 @@ TEST(IsSameMeeting, TheTwoPropertiesCountWithoutRegardToCase)
     EXPECT_FALSE(IsSameAfter([](MeetingInfo& m) { m.strPropertyFromDeskTools = L""; }));
 }
 
+TEST(IsSameMeeting, CaseIsThatOfAllLetters)
+{
+    MeetingInfo lower = Meeting();
+    lower.calendarText = L"\u00E4\u03B1";
+    lower.attendees[0].email = L"\u00E5da@example.org";
+    MeetingInfo upper = lower;
+    upper.calendarText = L"\u00C4\u0391";
+    upper.attendees[0].email = L"\u00C5DA@example.org";
+
+    EXPECT_TRUE(IsSameMeeting(lower, upper));
+}
+
 TEST(IsSameMeeting, NumbersAndFlagsCount)
 {
     EXPECT_FALSE(IsSameAfter([](MeetingInfo& m) { m.duration = 1; }));

@@ -3,6 +3,7 @@
 #include <cstring>
 
 #include "AppointmentTags.h"
+#include "CalendarTexts.h"
 #include "PatternBlob.h"
 #include "PlatformDates.h"
 
@@ -12,19 +13,6 @@ namespace
 std::vector<BYTE> EntryId(BYTE id)
 {
     return {0, 0, 0, id};
-}
-
-/// What the machine's clocks show at a moment given in UTC.
-FILETIME LocalOf(const std::string& utcText)
-{
-    const FILETIME utc = Moment(utcText);
-    SYSTEMTIME calendar{};
-    SYSTEMTIME local{};
-    FileTimeToSystemTime(&utc, &calendar);
-    SystemTimeToTzSpecificLocalTime(nullptr, &calendar, &local);
-    FILETIME result{};
-    SystemTimeToFileTime(&local, &result);
-    return result;
 }
 
 void SetTimes(CFakeMessage& message, const std::string& start, const std::string& end)
@@ -132,7 +120,7 @@ MAPI_TBLSinkInfo& CalendarTest::AddFolder()
 std::vector<std::wstring> CalendarTest::List(const std::string& start, const std::string& end)
 {
     m_xml.clear();
-    m_listed = m_outlook.ListAppointment(LocalOf(start), LocalOf(end), m_xml);
+    m_listed = m_outlook.ListAppointment(MachineTimeOf(start), MachineTimeOf(end), m_xml);
     return Values(L"subject");
 }
 
@@ -143,21 +131,7 @@ std::vector<std::wstring> CalendarTest::Values(const std::wstring& element) cons
 
 std::vector<std::wstring> CalendarTest::ValuesIn(const WString& xml, const std::wstring& element)
 {
-    std::vector<std::wstring> values;
-    const std::wstring open = L"<" + element + L">";
-    const std::wstring close = L"</" + element + L">";
-    constexpr std::wstring_view kCdata = L"<![CDATA[";
-    for (std::size_t at = xml.find(open); at != WString::npos; at = xml.find(open, at + 1))
-    {
-        const std::size_t first = at + open.size();
-        std::wstring value = xml.substr(first, xml.find(close, first) - first);
-        if (value.starts_with(kCdata))
-        {
-            value = value.substr(kCdata.size(), value.size() - kCdata.size() - 3);
-        }
-        values.push_back(std::move(value));
-    }
-    return values;
+    return ElementValues(xml, element);
 }
 
 std::vector<std::string> LinesWith(const CTraceCapture& trace, const std::string& beginning)

@@ -1,11 +1,10 @@
-#include "StoreTest.h"
+#include "MailStoreTest.h"
 
 #include <cstdio>
 
 #include "MailClientEnvironment.h"
 #include "MapiDataStore.h"
 #include "ProcAddress.h"
-#include "StoreText.h"
 
 namespace
 {
@@ -25,9 +24,12 @@ Fn Function(const char* name)
     return function;
 }
 
+/// Beside the program and named after it, so that no two programs share one.
 std::wstring StoreFolder()
 {
-    return ProgramFolder() + L"\\bringup-store";
+    std::wstring path(MAX_PATH, L'\0');
+    path.resize(GetModuleFileNameW(nullptr, path.data(), MAX_PATH));
+    return path.substr(0, path.find_last_of(L'.')) + L"-store";
 }
 
 [[maybe_unused]] const testing::Environment* const g_environment =
@@ -35,11 +37,11 @@ std::wstring StoreFolder()
 
 } // namespace
 
-void StoreTest::SetUp()
+void MailStoreTest::SetUp()
 {
     ASSERT_NE(Library(), nullptr);
     CreateDirectoryW(StoreFolder().c_str(), nullptr);
-    WriteDocument(kStoreDocument);
+    WriteDocument(m_document);
     const auto configure = Function<decltype(&MapiStoreConfigure)>("MapiStoreConfigure");
     ASSERT_EQ(configure(L"Folder", StoreFolder().c_str()), S_OK);
     ASSERT_EQ(configure(L"Guard", L"1"), S_OK);
@@ -55,13 +57,13 @@ void StoreTest::SetUp()
     trace.Clear();
 }
 
-void StoreTest::TearDown()
+void MailStoreTest::TearDown()
 {
     ExpectCleanLedger();
     SetFaults("");
 }
 
-void StoreTest::WriteDocument(const std::string& text)
+void MailStoreTest::WriteDocument(const std::string& text)
 {
     const std::wstring path = StoreFolder() + L"\\store.json";
     FILE* const file = _wfopen(path.c_str(), L"wb");
@@ -70,15 +72,15 @@ void StoreTest::WriteDocument(const std::string& text)
     EXPECT_EQ(std::fclose(file), 0);
 }
 
-std::string StoreTest::DocumentWith(const std::string& from, const std::string& to)
+std::string MailStoreTest::DocumentWith(const std::string& from, const std::string& to) const
 {
-    std::string text = kStoreDocument;
+    std::string text = m_document;
     const std::size_t place = text.find(from);
     EXPECT_NE(place, std::string::npos) << from;
     return text.replace(place, from.size(), to);
 }
 
-void StoreTest::SetFaults(const std::string& plan)
+void MailStoreTest::SetFaults(const std::string& plan)
 {
     const std::wstring wide(plan.begin(), plan.end());
     ASSERT_EQ(
@@ -86,14 +88,19 @@ void StoreTest::SetFaults(const std::string& plan)
         S_OK);
 }
 
-MapiStoreCounts StoreTest::Counts()
+void MailStoreTest::SetFaultsAtOnce(const std::string& plan)
+{
+    ASSERT_EQ(Function<decltype(&MapiStoreSetFaults)>("MapiStoreSetFaults")(plan.c_str()), S_OK);
+}
+
+MapiStoreCounts MailStoreTest::Counts()
 {
     MapiStoreCounts counts{};
     Function<decltype(&MapiStoreGetCounts)>("MapiStoreGetCounts")(&counts);
     return counts;
 }
 
-std::string StoreTest::Report()
+std::string MailStoreTest::Report()
 {
     const auto get = Function<decltype(&MapiStoreGetReport)>("MapiStoreGetReport");
     std::string text(get(nullptr, 0), '\0');
@@ -101,12 +108,12 @@ std::string StoreTest::Report()
     return text.c_str();
 }
 
-void StoreTest::Refresh()
+void MailStoreTest::Refresh()
 {
     ASSERT_EQ(Function<decltype(&MapiStoreRefresh)>("MapiStoreRefresh")(), S_OK);
 }
 
-void StoreTest::ExpectCleanLedger()
+void MailStoreTest::ExpectCleanLedger()
 {
     const MapiStoreCounts counts = Counts();
     if (counts.interfacesLeft + counts.buffersLeft + counts.connectionsLeft + counts.misuse != 0)
