@@ -282,38 +282,56 @@ protected:
         AddListed();
         m_folder->messages[{0, 0, 0, 2}] = m_message;
         m_message->props.SetBlock(PR_ENTRYID, {0, 0, 0, 2});
+        m_script.deleteMsgInfo = [this](WString&) {
+            const std::string call = m_script.Calls().back();
+            if (call == NameOf("BUSY"))
+            {
+                SetEvent(m_busy.Get());
+                WaitForSingleObject(m_goOn.Get(), INFINITE);
+            }
+            else if (call == NameOf("LAST"))
+            {
+                SetEvent(m_done.Get());
+            }
+            return ULONG{0};
+        };
         (void)EnsureWorkThread();
     }
-    ~ReplacedRowTest() override { ReleaseWorkThread(false); }
+    ~ReplacedRowTest() override
+    {
+        SetEvent(m_goOn.Get());
+        ReleaseWorkThread(false);
+    }
 
+    static std::string NameOf(const std::string& key)
+    {
+        return "DeleteMsgInfoByTableSink(" + key + ")";
+    }
+    static void QueueDeletion(WStringView key)
+    {
+        WorkTask task;
+        task.eTaskType = TaskType::DeleteAppt;
+        task.Param3 = TaskText(key);
+        const CWorkThreadUse worker;
+        worker->AddTableWork(task);
+    }
     /// The deletions that the work thread ran until a last one of the test's own.
-    std::vector<std::string> Deletions();
+    std::vector<std::string> Deletions() const;
 
+    CHandle m_busy{CreateEventW(nullptr, TRUE, FALSE, nullptr)};
+    CHandle m_goOn{CreateEventW(nullptr, TRUE, FALSE, nullptr)};
+    CHandle m_done{CreateEventW(nullptr, TRUE, FALSE, nullptr)};
     CMailScript m_script;
 };
 
-std::vector<std::string> ReplacedRowTest::Deletions()
+std::vector<std::string> ReplacedRowTest::Deletions() const
 {
-    const CHandle done(CreateEventW(nullptr, TRUE, FALSE, nullptr));
-    m_script.deleteMsgInfo = [&](WString&) {
-        if (m_script.Calls().back().find("LAST") != std::string::npos)
-        {
-            SetEvent(done.Get());
-        }
-        return ULONG{0};
-    };
-    WorkTask last;
-    last.eTaskType = TaskType::DeleteAppt;
-    last.Param3 = TaskText(L"LAST");
-    {
-        const CWorkThreadUse worker;
-        worker->AddTableWork(last);
-    }
-    EXPECT_EQ(WaitForSingleObject(done.Get(), 60000), WAIT_OBJECT_0);
+    QueueDeletion(L"LAST");
+    EXPECT_EQ(WaitForSingleObject(m_done.Get(), 60000), WAIT_OBJECT_0);
     std::vector<std::string> deletions;
     for (const std::string& call : m_script.Calls())
     {
-        if (call.starts_with("DeleteMsgInfoByTableSink") && call.find("LAST") == std::string::npos)
+        if (call.starts_with("DeleteMsgInfoByTableSink") && call != NameOf("LAST"))
         {
             deletions.push_back(call);
         }
@@ -331,31 +349,17 @@ TEST_F(ReplacedRowTest, TheUpdateIsReportedAndADeletionIsQueuedBehindIt)
 
 TEST_F(ReplacedRowTest, TheQueuedDeletionGoesWithItsFolder)
 {
-    // The work thread is kept busy, so that the deletion waits behind it.
-    const CHandle reached(CreateEventW(nullptr, TRUE, FALSE, nullptr));
-    const CHandle goOn(CreateEventW(nullptr, TRUE, FALSE, nullptr));
-    m_script.deleteMsgInfo = [&](WString&) {
-        SetEvent(reached.Get());
-        WaitForSingleObject(goOn.Get(), INFINITE);
-        return ULONG{0};
-    };
-    WorkTask busy;
-    busy.eTaskType = TaskType::DeleteAppt;
-    busy.Param3 = TaskText(L"BUSY");
-    {
-        const CWorkThreadUse worker;
-        worker->AddTableWork(busy);
-    }
-    ASSERT_EQ(WaitForSingleObject(reached.Get(), 60000), WAIT_OBJECT_0);
+    QueueDeletion(L"BUSY"); // which the next one waits behind
+    ASSERT_EQ(WaitForSingleObject(m_busy.Get(), 60000), WAIT_OBJECT_0);
     Notify(L"00000002");
 
     {
         const CWorkThreadUse worker;
         worker->DropTableWork(m_folder.Get());
     }
-    SetEvent(goOn.Get());
+    SetEvent(m_goOn.Get());
 
-    EXPECT_EQ(Deletions(), std::vector<std::string>{"DeleteMsgInfoByTableSink(BUSY)"});
+    EXPECT_EQ(Deletions(), std::vector<std::string>{NameOf("BUSY")});
 }
 
 TEST_F(ReplacedRowTest, TheOldEntryStaysUntilTheDeletionTakesTheFirstOfBoth)
