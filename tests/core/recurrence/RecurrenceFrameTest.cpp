@@ -207,6 +207,25 @@ TEST(Frame, AModifiedInstanceHasItsOwnTextsAndItsOriginalStartAsSubKey)
     EXPECT_EQ(instance.meetingType, 7U);
 }
 
+TEST(Frame, AModifiedInstanceIsStoredInLocalTimeAndListedInUtc)
+{
+    // 16:00 in New York is 20:00 UTC in summer.
+    pattern::Pattern rule = pattern::Daily("2024-01-01", 1);
+    rule.modified.push_back(
+        pattern::Moved("2024-01-03T09:00:00", "2024-07-03T16:00:00", "2024-07-03T17:30:00"));
+    RuleRun run;
+    run.blob = rule.Write();
+    run.zone = pattern::Zone(zones::UsEastern());
+    run.from = "2024-07-03T20:00:00";
+    run.to = "2024-07-03T20:00:00";
+
+    ASSERT_EQ(run.Expand().count, 1U);
+
+    EXPECT_EQ(TextWithWeekday(run.instances.front().start), "2024-07-03T20:00:00 Wed");
+    EXPECT_EQ(TextWithWeekday(run.instances.front().end), "2024-07-03T21:30:00 Wed");
+    EXPECT_EQ(run.instances.front().subKey, Minutes("2024-01-03T09:00:00"));
+}
+
 TEST(Frame, ModifiedInstancesStandAheadInTheOrderOfTheirOriginalDates)
 {
     pattern::Pattern rule = pattern::Daily("2024-01-01", 1);
