@@ -143,12 +143,14 @@ SPropValue CFakeProps::Value(ULONG tag, void* head) const
         value.Value.lpszA =
             static_cast<char*>(Copied(entry.narrow.c_str(), entry.narrow.size() + 1, head));
         break;
-    case PT_BINARY:
-        value.Value.bin.cb = static_cast<ULONG>(entry.block.size());
-        value.Value.bin.lpb =
-            static_cast<BYTE*>(Copied(entry.block.data(), entry.block.size(), head));
-        break;
     default:
+        // Bytes come as bytes whatever type they are kept under: whoever takes them has to look.
+        if (type == PT_BINARY || !entry.block.empty())
+        {
+            value.Value.bin.cb = static_cast<ULONG>(entry.block.size());
+            value.Value.bin.lpb =
+                static_cast<BYTE*>(Copied(entry.block.data(), entry.block.size(), head));
+        }
         break;
     }
     return value;

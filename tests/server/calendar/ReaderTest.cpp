@@ -136,12 +136,12 @@ TEST_F(ReaderTest, TheGlobalIdentifierIsReadFromItsBlock)
     m_props.SetBlock(NamedTag(PSETID_Meeting, 3, PT_BINARY), block);
     EXPECT_EQ(Read().uid, L"u@x.y");
 
-    block.resize(53);
-    m_props.SetBlock(NamedTag(PSETID_Meeting, 3, PT_BINARY), block);
+    m_props.IgnoreAskedTypes();
+    m_props.SetBlock(NamedTag(PSETID_Meeting, 3, PT_CLSID), block);
     EXPECT_EQ(Read().uid, L"");
 
-    m_props.IgnoreAskedTypes();
-    m_props.SetText(NamedTag(PSETID_Meeting, 3, PT_UNICODE), L"a text is no block");
+    block.resize(53);
+    m_props.SetBlock(NamedTag(PSETID_Meeting, 3, PT_BINARY), block);
     EXPECT_EQ(Read().uid, L"");
 }
 
