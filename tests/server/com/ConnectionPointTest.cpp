@@ -82,6 +82,7 @@ TEST_F(ConnectionPointTest, ASinkWithPlainDispatchIsTaken)
 {
     CRecordingSink plain(IID_IDispatch);
     EXPECT_EQ(Advise(plain), 1U);
+    EXPECT_EQ(m_container.point.Unadvise(1), S_OK); // before the sink goes
 }
 
 TEST_F(ConnectionPointTest, ASinkWithNeitherInterfaceIsRefused)
