@@ -145,7 +145,7 @@ IUnknown* CAttachObject::OpenObject(ULONG tag, const IID& iid, ULONG, ULONG flag
     }
     if (iid != IID_IMessage && iid != IID_IMAPIProp)
     {
-        throw CMapiError(MAPI_E_INTERFACE_NOT_SUPPORTED);
+        throw CMisuse(MAPI_E_INTERFACE_NOT_SUPPORTED, kNoSuchInterface);
     }
     const bool create = (flags & MAPI_CREATE) != 0;
     const bool write = create || (flags & MAPI_MODIFY) != 0;

@@ -117,7 +117,7 @@ IUnknown* CContainerBase<Interface>::OpenObject(ULONG tag,
 {
     if (iid != IID_IMAPITable)
     {
-        throw CMapiError(MAPI_E_INTERFACE_NOT_SUPPORTED);
+        throw CMisuse(MAPI_E_INTERFACE_NOT_SUPPORTED, kNoSuchInterface);
     }
     const bool unicode = (interfaceFlags & MAPI_UNICODE) != 0;
     const Operation operation = OpAt(kOpenProperty);

@@ -14,7 +14,7 @@ using namespace mapistore;
 namespace
 {
 
-thread_local ULONG t_comUsers = 0;
+thread_local ULONG g_comUsers = 0; // of this thread
 
 /// Runs a function of the library with the fault plan around it.
 template <class Body>
@@ -33,6 +33,11 @@ HRESULT Call(Operation operation, Body&& body) noexcept
         }
         const HRESULT hr = body();
         return outcome.gives ? outcome.status : hr;
+    }
+    catch (const CMisuse& misuse)
+    {
+        Runtime().Ledger().Misuse(operation, misuse.Code(), ToUtf8(misuse.Text()));
+        return misuse.Code();
     }
     catch (const CMapiError& error)
     {
@@ -119,7 +124,7 @@ extern "C"
         if ((flags & kMapiNoCoInit) == 0 &&
             SUCCEEDED(CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED)))
         {
-            ++t_comUsers;
+            ++g_comUsers;
         }
         return hr;
     }
@@ -128,9 +133,9 @@ extern "C"
     {
         Call(OperationOf("MAPIUninitialize"), [] { return S_OK; });
         Runtime().Uninitialize();
-        if (t_comUsers != 0)
+        if (g_comUsers != 0)
         {
-            --t_comUsers;
+            --g_comUsers;
             CoUninitialize();
         }
     }
@@ -238,64 +243,6 @@ extern "C"
             }
             return freed ? S_OK : MAPI_E_INVALID_PARAMETER;
         }));
-    }
-
-    void WINAPI FreeProws(LPSRowSet rows)
-    {
-        for (ULONG i = 0; rows != nullptr && i < rows->cRows; ++i)
-        {
-            MAPIFreeBuffer(rows->aRow[i].lpProps);
-        }
-        MAPIFreeBuffer(rows);
-    }
-
-    void WINAPI FreePadrlist(LPADRLIST list)
-    {
-        for (ULONG i = 0; list != nullptr && i < list->cEntries; ++i)
-        {
-            MAPIFreeBuffer(list->aEntries[i].rgPropVals);
-        }
-        MAPIFreeBuffer(list);
-    }
-
-    SCODE WINAPI ScInitMapiUtil(ULONG flags)
-    {
-        return flags == 0 ? S_OK : MAPI_E_UNKNOWN_FLAGS;
-    }
-
-    void WINAPI DeinitMapiUtil(void)
-    {
-        // Nothing is set up for the utility functions alone.
-    }
-
-    HRESULT WINAPI HrThisThreadAdviseSink(LPMAPIADVISESINK sink, LPMAPIADVISESINK* out)
-    {
-        // The library calls every sink on its own thread, so the sink itself is what it asks for.
-        if (sink == nullptr || out == nullptr)
-        {
-            return MAPI_E_INVALID_PARAMETER;
-        }
-        sink->AddRef();
-        *out = sink;
-        return S_OK;
-    }
-
-    LPMALLOC WINAPI MAPIGetDefaultMalloc(void)
-    {
-        IMalloc* allocator = nullptr;
-        return CoGetMalloc(1, &allocator) == S_OK ? allocator : nullptr;
-    }
-
-    HRESULT WINAPI MAPIOpenLocalFormContainer(LPVOID* container)
-    {
-        ClearOut(container);
-        return MAPI_E_NO_SUPPORT;
-    }
-
-    HRESULT WINAPI WrapCompressedRTFStream(LPSTREAM, ULONG, LPSTREAM* stream)
-    {
-        ClearOut(stream);
-        return MAPI_E_NO_SUPPORT;
     }
 
     HRESULT WINAPI MapiStoreConfigure(const wchar_t* name, const wchar_t* value)

@@ -133,7 +133,7 @@ bool CFaultPlan::ParseWhen(const std::vector<std::string>& words, size_t& next, 
     {
         return false;
     }
-    const std::string word = words[next++];
+    const std::string& word = words[next++];
     if (word == "every")
     {
         rule.when = When::Every;
@@ -143,14 +143,15 @@ bool CFaultPlan::ParseWhen(const std::vector<std::string>& words, size_t& next, 
     {
         return false;
     }
-    std::string value = words[next++];
+    const std::string& value = words[next++];
     if (word == "share")
     {
         rule.when = When::Share;
         char* end = nullptr;
         rule.share = std::strtod(value.c_str(), &end) / 100.0;
         const bool isPercent = end != value.c_str() && std::string_view(end) == "%";
-        return isPercent && next + 1 < words.size() && words[next] == "seed" &&
+        const bool inRange = rule.share >= 0.0 && rule.share <= 1.0; // which no NaN is
+        return isPercent && inRange && next + 1 < words.size() && words[next] == "seed" &&
                ParseNumber(words[next + 1], rule.random) && (next += 2) != 0;
     }
     rule.when = When::Range;
@@ -177,7 +178,7 @@ bool CFaultPlan::ParseWhat(const std::vector<std::string>& words, size_t& next, 
     {
         return false;
     }
-    const std::string word = words[next++];
+    const std::string& word = words[next++];
     if (word == "crash")
     {
         rule.what = What::Crash;
@@ -187,7 +188,7 @@ bool CFaultPlan::ParseWhat(const std::vector<std::string>& words, size_t& next, 
     {
         return false;
     }
-    const std::string value = words[next++];
+    const std::string& value = words[next++];
     if (word == "fail" || word == "give")
     {
         rule.what = word == "fail" ? What::Fail : What::Give;
@@ -274,7 +275,7 @@ bool CFaultPlan::Parse(std::string_view text, std::string& problem)
         }
         if (!good)
         {
-            problem = "fault plan, line " + std::to_string(line) + ": " + problem;
+            problem.insert(0, "fault plan, line " + std::to_string(line) + ": ");
         }
         line += lineEnds ? 1 : 0;
     }
@@ -367,7 +368,8 @@ FaultOutcome CFaultPlan::Enter(Operation operation, const std::vector<std::strin
     }
     if (waitMs != 0)
     {
-        Sleep(static_cast<DWORD>(waitMs));
+        // Never the value that means for ever; that is what `hang` is for.
+        Sleep(static_cast<DWORD>(std::min<std::uint64_t>(waitMs, INFINITE - 1)));
     }
     for (const std::string& name : hangs)
     {

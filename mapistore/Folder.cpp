@@ -234,7 +234,7 @@ IUnknown* CFolderObject::OpenObject(ULONG tag, const IID& iid, ULONG interfaceFl
     constexpr Operation kOp = Op("OpenProperty");
     if (iid != IID_IMAPITable)
     {
-        throw CMapiError(MAPI_E_INTERFACE_NOT_SUPPORTED);
+        throw CMisuse(MAPI_E_INTERFACE_NOT_SUPPORTED, kNoSuchInterface);
     }
     const bool unicode = (interfaceFlags & MAPI_UNICODE) != 0;
     switch (tag)

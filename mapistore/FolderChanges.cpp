@@ -29,13 +29,13 @@ CFolderObject& TargetFolder(const IID* iid, void* target)
     void* own = nullptr;
     if (static_cast<IUnknown*>(target)->QueryInterface(kOwnFolder, &own) != S_OK)
     {
-        throw CMapiError(MAPI_E_INTERFACE_NOT_SUPPORTED, L"the target is no folder of a store");
+        throw CMisuse(MAPI_E_INTERFACE_NOT_SUPPORTED, L"the target is no folder of a store");
     }
     auto* folder = static_cast<CFolderObject*>(static_cast<IMAPIFolder*>(own));
     folder->Release(); // the caller's reference stands
     if (iid != nullptr && !folder->Supports(*iid))
     {
-        throw CMapiError(MAPI_E_INTERFACE_NOT_SUPPORTED);
+        throw CMisuse(MAPI_E_INTERFACE_NOT_SUPPORTED, kNoSuchInterface);
     }
     return *folder;
 }

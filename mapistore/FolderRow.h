@@ -18,10 +18,6 @@ CPropertyBag RootContainerProperties(const AddressBook& book);
 CPropertyBag EntryProperties(const AddressBook& book, const Entry& entry);
 CPropertyBag OneOffProperties(const OneOff& oneOff, std::string_view entryId);
 
-/// PR_MDB_PROVIDER of a personal store, and of any other.
-extern const unsigned char kPersonalProvider[16];
-extern const unsigned char kOtherProvider[16];
-
 std::string FolderEntryId(const StoreIdentity& store, std::uint64_t folder);
 std::string MessageEntryId(const StoreIdentity& store, std::uint64_t message);
 std::string StoreEntryId(const StoreIdentity& store);

@@ -10,7 +10,7 @@ namespace
 {
 
 constexpr size_t kNodesAtOnce = 4096;
-constexpr size_t kTextAtOnce = 64 * 1024;
+constexpr size_t kTextAtOnce = size_t{64} * 1024;
 constexpr size_t kMaxDepth = 200;
 
 /// Reads a text and tells how far the reader got: the library itself keeps no positions.

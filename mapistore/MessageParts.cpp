@@ -108,7 +108,7 @@ CPropertyBag CMessageObject::RecipientOf(const ADRENTRY& entry) const
     }
     if (bag.Find(PROP_ID(PR_RECIPIENT_TYPE)) == nullptr)
     {
-        throw CMapiError(MAPI_E_INVALID_PARAMETER, L"a recipient without PR_RECIPIENT_TYPE");
+        throw CMisuse(MAPI_E_INVALID_PARAMETER, L"a recipient without PR_RECIPIENT_TYPE");
     }
     return bag;
 }

@@ -91,7 +91,7 @@ struct ComputedTag
     CValue (*make)(const MessageBody& body);
 };
 
-const ComputedTag kComputed[] = {
+constexpr ComputedTag kComputed[] = {
     {PR_HASATTACH,
      [](const MessageBody& body) {
          return CValue::Boolean(PR_HASATTACH, !body.attachments.empty());

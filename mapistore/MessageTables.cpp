@@ -103,8 +103,11 @@ IUnknown* CMessageObject::OpenObject(ULONG tag, const IID& iid, ULONG interfaceF
     {
         return RecipientTable(unicode, Op("OpenProperty"));
     }
-    throw CMapiError(PROP_TYPE(tag) == PT_OBJECT ? MAPI_E_NOT_FOUND
-                                                 : MAPI_E_INTERFACE_NOT_SUPPORTED);
+    if (PROP_TYPE(tag) != PT_OBJECT)
+    {
+        throw CMisuse(MAPI_E_INTERFACE_NOT_SUPPORTED, kNoSuchInterface);
+    }
+    throw CMapiError(MAPI_E_NOT_FOUND);
 }
 
 HRESULT CMessageObject::GetAttachmentTable(ULONG flags, ::IMAPITable** out)

@@ -111,7 +111,7 @@ HRESULT CNameResolver::Resolve(ADRLIST& list, ADRENTRY& entry, const SPropTagArr
     const std::wstring name = given.TextOf(PROP_ID(PR_DISPLAY_NAME_W));
     if (name.empty())
     {
-        throw CMapiError(MAPI_E_INVALID_PARAMETER, L"a recipient without PR_DISPLAY_NAME");
+        throw CMisuse(MAPI_E_INVALID_PARAMETER, L"a recipient without PR_DISPLAY_NAME");
     }
     HRESULT hr = S_OK;
     const Entry* found = Find(name, hr);

@@ -50,7 +50,7 @@ ULONG CObjectCore::CoreRelease() noexcept
     Runtime().Ledger().Return(m_ticket);
     try
     {
-        Runtime().Keep(std::unique_ptr<IShell>(this));
+        Runtime().Keep(std::unique_ptr<CShell>(this));
     }
     catch (...)
     {
@@ -131,6 +131,18 @@ void CObjectCore::Note(Operation operation, HRESULT hr, const char* text) const 
         // The operation names the interface, unless it is none.
         const std::string name = operation == kNoOperation ? std::string(m_name) + " " : "";
         Runtime().Ledger().Misuse(operation, hr, name + text);
+    }
+    catch (...)
+    {
+        OutputDebugStringA("mapistore: no memory to note a misuse\n");
+    }
+}
+
+void CObjectCore::NoteMisuse(Operation operation, const CMisuse& misuse) const noexcept
+{
+    try
+    {
+        Runtime().Ledger().Misuse(operation, misuse.Code(), ToUtf8(misuse.Text()));
     }
     catch (...)
     {

@@ -36,7 +36,7 @@ using Subjects = std::vector<std::string>;
 ///         it holds and stays as an empty shell for a while, so that a later call is refused
 ///         instead of reading freed memory.
 /// Thread: any thread that called MAPIInitialize; calls on one object take turns.
-class CObjectCore : public IShell
+class CObjectCore : public CShell
 {
 public:
     CObjectCore(const CObjectCore&) = delete;
@@ -72,6 +72,12 @@ protected:
         {
             hr = body();
         }
+        catch (const CMisuse& misuse)
+        {
+            hr = misuse.Code();
+            text = misuse.Text();
+            NoteMisuse(operation, misuse);
+        }
         catch (const CMapiError& error)
         {
             hr = error.Code();
@@ -103,6 +109,7 @@ private:
     HRESULT Enter(Operation operation, const Subjects& subjects, FaultOutcome& outcome) noexcept;
     HRESULT Leave(HRESULT hr, const std::wstring& text) noexcept;
     void Note(Operation operation, HRESULT hr, const char* text) const noexcept;
+    void NoteMisuse(Operation operation, const CMisuse& misuse) const noexcept;
 
     const char* m_name;
     std::atomic<ULONG> m_refs{1};
@@ -149,6 +156,8 @@ protected:
     using CObjectCore::CObjectCore;
 };
 
+inline constexpr const wchar_t* kNoSuchInterface = L"an interface that the object does not have";
+
 /// The pointer to give for `iid`, which may be null for the usual interface. Releases the object
 /// and throws when it has no such interface.
 template <class T>
@@ -157,7 +166,7 @@ void CheckInterface(T* object, const IID* iid)
     if (iid != nullptr && !object->Supports(*iid))
     {
         object->Release();
-        throw CMapiError(MAPI_E_INTERFACE_NOT_SUPPORTED);
+        throw CMisuse(MAPI_E_INTERFACE_NOT_SUPPORTED, kNoSuchInterface);
     }
 }
 
@@ -166,7 +175,7 @@ void RequireOut(T* out)
 {
     if (out == nullptr)
     {
-        throw CMapiError(MAPI_E_INVALID_PARAMETER, L"a null out pointer");
+        throw CMisuse(MAPI_E_INVALID_PARAMETER, L"a null pointer");
     }
 }
 

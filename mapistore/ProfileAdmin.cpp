@@ -10,6 +10,10 @@ namespace mapistore
 namespace
 {
 
+/// The name of the profile that stands in the table while the document cannot be read, so that the
+/// logon is tried and tells what is wrong.
+constexpr const wchar_t* kUnreadableProfile = L"mapistore";
+
 consteval Operation Op(std::string_view method)
 {
     return OperationOf("IProfAdmin", method);
@@ -50,8 +54,6 @@ std::vector<RowPtr> ProfileRows()
 }
 
 } // namespace
-
-const wchar_t* const kUnreadableProfile = L"mapistore";
 
 CProfileAdmin::CProfileAdmin(Operation madeBy) : CObject("IProfAdmin", madeBy, nullptr) {}
 

@@ -42,8 +42,4 @@ private:
     HRESULT NoSupport(Operation operation) noexcept;
 };
 
-/// The name of the profile that stands in the table while the document cannot be read, so that the
-/// logon is tried and tells what is wrong.
-extern const wchar_t* const kUnreadableProfile;
-
 } // namespace mapistore

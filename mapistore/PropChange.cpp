@@ -145,14 +145,15 @@ HRESULT CPropCore::CoreDeleteProps(SPropTagArray* tags, SPropProblemArray** prob
     });
 }
 
-HRESULT CPropCore::CopyTags(const std::vector<ULONG>& tags,
+HRESULT CPropCore::CopyTags(Operation operation,
+                            const std::vector<ULONG>& tags,
                             const IID* iid,
                             void* target,
                             ULONG flags,
                             SPropProblemArray** problems)
 {
     constexpr ULONG kFlags = MAPI_MOVE | MAPI_NOREPLACE | MAPI_DECLINE_OK | MAPI_DIALOG;
-    CheckFlags(PropOp(kCopyTo), flags, kFlags);
+    CheckFlags(operation, flags, kFlags);
     RequireOut(target);
     RequireOut(iid);
     // The caller says that `target` has the interface `iid`; every one that is taken derives from
@@ -201,7 +202,7 @@ HRESULT CPropCore::CoreCopyTo(ULONG ciidExclude,
         const std::scoped_lock hold(m_folder->Lock());
         if (ciidExclude != 0 && iidExclude == nullptr)
         {
-            throw CMapiError(MAPI_E_INVALID_PARAMETER);
+            throw CMisuse(MAPI_E_INVALID_PARAMETER, L"a null pointer");
         }
         std::vector<ULONG> excluded;
         for (ULONG i = 0; exclude != nullptr && i < exclude->cValues; ++i)
@@ -217,7 +218,7 @@ HRESULT CPropCore::CoreCopyTo(ULONG ciidExclude,
                                                        PROP_ID(tag)) != excluded.end();
                                   }),
                    tags.end());
-        const HRESULT hr = CopyTags(tags, iid, target, flags, problems);
+        const HRESULT hr = CopyTags(op, tags, iid, target, flags, problems);
         if (SUCCEEDED(hr))
         {
             CopyParts(static_cast<IUnknown*>(target), excluded);
@@ -238,7 +239,7 @@ HRESULT CPropCore::CoreCopyProps(SPropTagArray* include,
         const std::scoped_lock hold(m_folder->Lock());
         RequireOut(include);
         const std::vector<ULONG> tags(include->aulPropTag, include->aulPropTag + include->cValues);
-        return CopyTags(tags, iid, target, flags, problems);
+        return CopyTags(op, tags, iid, target, flags, problems);
     });
 }
 

@@ -11,7 +11,7 @@ PropertyName NameOf(const MAPINAMEID& given)
     if (given.lpguid == nullptr || given.ulKind > MNID_STRING ||
         (given.ulKind == MNID_STRING && given.Kind.lpwstrName == nullptr))
     {
-        throw CMapiError(MAPI_E_INVALID_PARAMETER, L"a property name without set or name");
+        throw CMisuse(MAPI_E_INVALID_PARAMETER, L"a property name without set or name");
     }
     PropertyName name;
     name.set = *given.lpguid;
@@ -120,7 +120,7 @@ HRESULT CPropCore::CoreIdsFromNames(ULONG count,
         {
             if (count != 0)
             {
-                throw CMapiError(MAPI_E_INVALID_PARAMETER);
+                throw CMisuse(MAPI_E_INVALID_PARAMETER, L"a null pointer");
             }
             for (const auto& [name, id] : map.All())
             {

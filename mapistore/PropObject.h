@@ -77,7 +77,8 @@ private:
     std::vector<ULONG> TagsOf(SPropTagArray* tags, bool unicode);
     SCODE CheckedProblem(const SPropValue& value) const;
     IUnknown* OpenStream(ULONG tag, ULONG flags, Operation operation);
-    HRESULT CopyTags(const std::vector<ULONG>& tags,
+    HRESULT CopyTags(Operation operation,
+                     const std::vector<ULONG>& tags,
                      const IID* iid,
                      void* target,
                      ULONG flags,

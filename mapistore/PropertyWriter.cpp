@@ -18,7 +18,7 @@ namespace
 
 constexpr std::uint64_t kTicksPerSecond = 10000000;
 // Larger values would make the document unreadable.
-constexpr size_t kLargestInline = 16 * 1024;
+constexpr size_t kLargestInline = size_t{16} * 1024;
 
 bool IsNeverStored(ULONG id)
 {

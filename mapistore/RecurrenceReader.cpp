@@ -348,7 +348,7 @@ RecurrenceDescription ReadRecurrence(const CPlace& place)
 ZoneDescription ReadZone(const CPlace& place)
 {
     place.AllowKeys({"bias", "standardBias", "daylightBias", "standardDate", "daylightDate"});
-    constexpr std::int64_t kMostBias = 24 * 60;
+    constexpr std::int64_t kMostBias = std::int64_t{24} * 60;
     ZoneDescription zone;
     zone.bias = static_cast<std::int32_t>(place.WholeOf("bias", -kMostBias, kMostBias));
     zone.standardBias =

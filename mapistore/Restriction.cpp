@@ -24,7 +24,7 @@ void CheckRelop(ULONG relop)
     }
     if (relop > RELOP_RE)
     {
-        throw CMapiError(MAPI_E_INVALID_PARAMETER, L"an unknown relation");
+        throw CMisuse(MAPI_E_INVALID_PARAMETER, L"an unknown relation");
     }
 }
 
@@ -32,7 +32,7 @@ std::vector<Node> CompileNodes(ULONG count, const SRestriction* nodes, int depth
 {
     if (count != 0 && nodes == nullptr)
     {
-        throw CMapiError(MAPI_E_INVALID_PARAMETER, L"a restriction points nowhere");
+        throw CMisuse(MAPI_E_INVALID_PARAMETER, L"a restriction points nowhere");
     }
     std::vector<Node> compiled;
     for (ULONG i = 0; i < count; ++i)
@@ -51,7 +51,7 @@ CValue CheckedValue(ULONG tag, const SPropValue* given)
 {
     if (given == nullptr)
     {
-        throw CMapiError(MAPI_E_INVALID_PARAMETER, L"a restriction without a value");
+        throw CMisuse(MAPI_E_INVALID_PARAMETER, L"a restriction without a value");
     }
     CValue value = ReadValue(*given);
     const ULONG asked = PROP_TYPE(tag) == PT_STRING8 ? PT_UNICODE : PROP_TYPE(tag);
@@ -117,7 +117,7 @@ Node CompileNode(const SRestriction& restriction, int depth)
     case RES_BITMASK:
         if (res.resBitMask.relBMR > BMR_NEZ)
         {
-            throw CMapiError(MAPI_E_INVALID_PARAMETER, L"an unknown relation");
+            throw CMisuse(MAPI_E_INVALID_PARAMETER, L"an unknown relation");
         }
         return MakeBitMask(res.resBitMask);
     case RES_SIZE:
@@ -134,7 +134,7 @@ Node CompileNode(const SRestriction& restriction, int depth)
         }
         return CompileNode(*res.resComment.lpRes, depth + 1);
     default:
-        throw CMapiError(MAPI_E_INVALID_PARAMETER, L"an unknown kind of restriction");
+        throw CMisuse(MAPI_E_INVALID_PARAMETER, L"an unknown kind of restriction");
     }
 }
 class CRowSource final : public IPropertySource

@@ -15,7 +15,7 @@ namespace
 
 constexpr size_t kMaxShells = 10000;
 
-thread_local std::uint32_t t_threadUsers = 0;
+thread_local std::uint32_t g_threadUsers = 0;
 
 std::string PlanText(const std::wstring& setting, std::string& problem)
 {
@@ -85,7 +85,7 @@ CRuntime& Runtime()
 
 bool CRuntime::ThreadReady()
 {
-    return t_threadUsers != 0;
+    return g_threadUsers != 0;
 }
 
 HRESULT CRuntime::Initialize(ULONG version, ULONG flags)
@@ -97,6 +97,7 @@ HRESULT CRuntime::Initialize(ULONG version, ULONG flags)
     }
     if ((flags & ~kFlags) != 0)
     {
+        m_ledger.Misuse(OperationOf("MAPIInitialize"), MAPI_E_UNKNOWN_FLAGS, "unknown flags");
         return MAPI_E_UNKNOWN_FLAGS;
     }
     const std::scoped_lock hold(m_lock);
@@ -109,7 +110,7 @@ HRESULT CRuntime::Initialize(ULONG version, ULONG flags)
         }
     }
     ++m_users;
-    ++t_threadUsers;
+    ++g_threadUsers;
     return S_OK;
 }
 
@@ -139,14 +140,14 @@ HRESULT CRuntime::Start()
 void CRuntime::Uninitialize()
 {
     const std::scoped_lock hold(m_lock);
-    if (m_users == 0 || t_threadUsers == 0)
+    if (m_users == 0 || g_threadUsers == 0)
     {
         m_ledger.Misuse(OperationOf("MAPIUninitialize"),
                         MAPI_E_NOT_INITIALIZED,
                         "on a thread that has not called MAPIInitialize");
         return;
     }
-    --t_threadUsers;
+    --g_threadUsers;
     if (--m_users == 0)
     {
         Stop();
@@ -201,9 +202,9 @@ std::shared_ptr<CStoreFolder> CRuntime::StoreFolder()
     return m_folder;
 }
 
-void CRuntime::Keep(std::unique_ptr<IShell> shell)
+void CRuntime::Keep(std::unique_ptr<CShell> shell)
 {
-    std::unique_ptr<IShell> oldest;
+    std::unique_ptr<CShell> oldest;
     const std::scoped_lock hold(m_shellLock);
     m_shells.push_back(std::move(shell));
     if (m_shells.size() > kMaxShells)

@@ -17,10 +17,10 @@ namespace mapistore
 class CStoreFolder;
 
 /// Something that outlives its last reference for a while, so that a call on it is noticed.
-class IShell
+class CShell
 {
 public:
-    virtual ~IShell() = default;
+    virtual ~CShell() = default;
 };
 
 /// What the library keeps for the process: settings, ledger, fault plan, the notification thread
@@ -50,7 +50,7 @@ public:
     std::shared_ptr<CStoreFolder> StoreFolder();
 
     /// Takes an object whose last reference went.
-    void Keep(std::unique_ptr<IShell> shell);
+    void Keep(std::unique_ptr<CShell> shell);
 
     /// A line for the debugger stream and the ledger.
     void Say(const std::string& text);
@@ -68,7 +68,7 @@ private:
     std::mutex m_folderLock; // held while the folder is read, so that two logons read it once
 
     std::mutex m_shellLock; // guards the shells
-    std::deque<std::unique_ptr<IShell>> m_shells;
+    std::deque<std::unique_ptr<CShell>> m_shells;
 
     std::atomic<bool> m_running{false};
     std::atomic<std::uint32_t> m_run{0};

@@ -23,8 +23,16 @@ constexpr ULONG kStoreFlags = MDB_NO_DIALOG | MDB_WRITE | MAPI_DEFERRED_ERRORS |
 } // namespace
 
 CSession::CSession(std::shared_ptr<CStoreFolder> folder, std::wstring profile, Operation madeBy)
-    : CObject("IMAPISession", madeBy, nullptr), m_folder(std::move(folder)),
-      m_profile(std::move(profile)), m_children(std::make_shared<CLifeline>())
+    : CSession(std::move(folder), std::move(profile), madeBy, std::make_shared<CLifeline>())
+{
+}
+
+CSession::CSession(std::shared_ptr<CStoreFolder> folder,
+                   std::wstring profile,
+                   Operation madeBy,
+                   const std::shared_ptr<CLifeline>& life)
+    : CObject("IMAPISession", madeBy, life), m_folder(std::move(folder)),
+      m_profile(std::move(profile)), m_life(life)
 {
 }
 
@@ -35,7 +43,7 @@ bool CSession::Supports(REFIID iid) const
 
 void CSession::Dispose() noexcept
 {
-    m_children->End();
+    m_life->End();
     m_folder.reset();
 }
 
@@ -64,7 +72,7 @@ StorePtr CSession::OpenContext(const Uid& uid, ULONG)
     context->folder = m_folder;
     context->store = store->identity->id;
     context->uid = uid;
-    context->life = std::make_shared<CLifeline>(m_children);
+    context->life = std::make_shared<CLifeline>(m_life);
     return context;
 }
 
@@ -85,10 +93,6 @@ HRESULT CSession::GetMsgStoresTable(ULONG flags, ::IMAPITable** out)
     return Run(kOp, [&]() -> HRESULT {
         CheckFlags(kOp, flags, MAPI_UNICODE);
         RequireOut(out);
-        if (m_loggedOff)
-        {
-            Refuse(kOp, MAPI_E_END_OF_SESSION, "called after Logoff");
-        }
         const std::scoped_lock hold(m_folder->Lock());
         std::vector<RowPtr> rows;
         for (const std::uint64_t id : ProfileOf().stores)
@@ -114,7 +118,7 @@ HRESULT CSession::GetMsgStoresTable(ULONG flags, ::IMAPITable** out)
                                          PR_PROVIDER_DISPLAY_W},
                                         (flags & MAPI_UNICODE) != 0,
                                         kOp,
-                                        m_children);
+                                        m_life);
         *out = reinterpret_cast<::IMAPITable*>(table);
         return S_OK;
     });
@@ -128,10 +132,6 @@ HRESULT CSession::OpenMsgStore(
     return Run(kOp, [&]() -> HRESULT {
         CheckFlags(kOp, flags, kStoreFlags);
         RequireOut(out);
-        if (m_loggedOff)
-        {
-            Refuse(kOp, MAPI_E_END_OF_SESSION, "called after Logoff");
-        }
         const std::scoped_lock hold(m_folder->Lock());
         const std::optional<EntryName> name = ReadEntryId(cb, entryId);
         if (!name || name->objectType != MAPI_STORE)
@@ -154,11 +154,7 @@ HRESULT CSession::OpenAddressBook(ULONG_PTR, const IID* iid, ULONG flags, ::IAdd
     return Run(kOp, [&]() -> HRESULT {
         CheckFlags(kOp, flags, AB_NO_DIALOG);
         RequireOut(out);
-        if (m_loggedOff)
-        {
-            Refuse(kOp, MAPI_E_END_OF_SESSION, "called after Logoff");
-        }
-        auto* book = new CAddressBook(m_folder, m_children, kOp);
+        auto* book = new CAddressBook(m_folder, m_life, kOp);
         CheckInterface(book, iid);
         *out = reinterpret_cast<::IAddrBook*>(book);
         return S_OK;
@@ -174,14 +170,10 @@ HRESULT CSession::OpenEntry(
     return Run(kOp, [&]() -> HRESULT {
         CheckFlags(kOp, flags, kOpenFlags);
         RequireOut(out);
-        if (m_loggedOff)
-        {
-            Refuse(kOp, MAPI_E_END_OF_SESSION, "called after Logoff");
-        }
         const std::scoped_lock hold(m_folder->Lock());
         if (cb == 0 || IsBookEntry(*m_folder, cb, entryId))
         {
-            *out = OpenBookEntry(m_folder, m_children, cb, entryId, iid, flags, objectType, kOp);
+            *out = OpenBookEntry(m_folder, m_life, cb, entryId, iid, flags, objectType, kOp);
             return S_OK;
         }
         const std::optional<EntryName> name = ReadEntryId(cb, entryId);
@@ -227,10 +219,6 @@ HRESULT CSession::QueryIdentity(ULONG* cb, ENTRYID** entryId)
     return Run(kOp, [&]() -> HRESULT {
         RequireOut(cb);
         RequireOut(entryId);
-        if (m_loggedOff)
-        {
-            Refuse(kOp, MAPI_E_END_OF_SESSION, "called after Logoff");
-        }
         const std::scoped_lock hold(m_folder->Lock());
         const Entry* entry = m_folder->Data().FindEntry(ProfileOf().identity);
         if (entry == nullptr)
@@ -251,12 +239,7 @@ HRESULT CSession::Logoff(ULONG_PTR, ULONG flags, ULONG reserved)
         {
             Refuse(kOp, MAPI_E_INVALID_PARAMETER, "a reserved parameter that is not 0");
         }
-        if (m_loggedOff)
-        {
-            Refuse(kOp, MAPI_E_END_OF_SESSION, "called after Logoff");
-        }
-        m_loggedOff = true;
-        m_children->End();
+        m_life->End();
         return S_OK;
     });
 }

@@ -79,14 +79,18 @@ protected:
     void Dispose() noexcept override;
 
 private:
+    CSession(std::shared_ptr<CStoreFolder> folder,
+             std::wstring profile,
+             Operation madeBy,
+             const std::shared_ptr<CLifeline>& life);
+
     StorePtr OpenContext(const Uid& uid, ULONG type);
     const Profile& ProfileOf() const;
     HRESULT NoSupport(Operation operation) noexcept;
 
     std::shared_ptr<CStoreFolder> m_folder;
     std::wstring m_profile;
-    std::shared_ptr<CLifeline> m_children; // ends with the logoff
-    bool m_loggedOff = false;
+    std::shared_ptr<CLifeline> m_life; // of the session and its children: ends with the logoff
 };
 
 } // namespace mapistore

@@ -61,7 +61,7 @@ HRESULT CSession::OpenProfileSection(MAPIUID* uid, const IID* iid, ULONG flags, 
         bag.Set(CValue::Text(PR_PROFILE_NAME_W, m_profile));
         bag.Set(CValue::Text(PR_DISPLAY_NAME_W, m_profile));
         bag.Set(CValue::Long(PR_OBJECT_TYPE, MAPI_PROFSECT));
-        auto* section = new CProfileSection(std::move(bag), m_folder, kOp, m_children);
+        auto* section = new CProfileSection(std::move(bag), m_folder, kOp, m_life);
         CheckInterface(section, iid);
         *out = section;
         return S_OK;
@@ -88,7 +88,7 @@ HRESULT CSession::GetStatusTable(ULONG flags, ::IMAPITable** out)
                             {PR_DISPLAY_NAME_W, PR_RESOURCE_TYPE, PR_STATUS_CODE, PR_OBJECT_TYPE},
                             (flags & MAPI_UNICODE) != 0,
                             kOp,
-                            m_children);
+                            m_life);
         *out = reinterpret_cast<::IMAPITable*>(table);
         return S_OK;
     });

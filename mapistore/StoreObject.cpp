@@ -91,8 +91,12 @@ void CStoreObject::AddTags(std::vector<ULONG>& tags)
 
 IUnknown* CStoreObject::OpenObject(ULONG tag, const IID& iid, ULONG interfaceFlags, ULONG)
 {
-    if (tag == PR_RECEIVE_FOLDER_SETTINGS && iid == IID_IMAPITable)
+    if (tag == PR_RECEIVE_FOLDER_SETTINGS)
     {
+        if (iid != IID_IMAPITable)
+        {
+            throw CMisuse(MAPI_E_INTERFACE_NOT_SUPPORTED, kNoSuchInterface);
+        }
         return ReceiveFolders((interfaceFlags & MAPI_UNICODE) != 0,
                               OperationOf("IMsgStore", "OpenProperty"));
     }

@@ -170,15 +170,15 @@ void CStoreFolder::Watch()
     const bool told = change != INVALID_HANDLE_VALUE;
     HANDLE handles[2] = {m_stopEvent, told ? change : m_stopEvent};
     FILETIME lastTime{};
-    while (true)
+    // The first look is for what was written between the opening and the asking for changes.
+    for (DWORD waitMs = 0;; waitMs = told ? INFINITE : kPollMs)
     {
-        const DWORD woken =
-            WaitForMultipleObjects(told ? 2 : 1, handles, FALSE, told ? INFINITE : kPollMs);
+        const DWORD woken = WaitForMultipleObjects(told ? 2 : 1, handles, FALSE, waitMs);
         if (woken == WAIT_OBJECT_0)
         {
             break;
         }
-        if (told)
+        if (woken == WAIT_OBJECT_0 + 1)
         {
             // Asked for anew before the file is read, so that no change falls between.
             FindNextChangeNotification(change);

@@ -183,11 +183,12 @@ HRESULT CStream::Seek(LARGE_INTEGER move, DWORD origin, ULARGE_INTEGER* position
         {
             return STG_E_INVALIDFUNCTION;
         }
-        const std::int64_t to = base + move.QuadPart;
-        if (to < 0)
+        // Both ends: `base` is never negative, so only a move forward can leave the numbers.
+        if (move.QuadPart > INT64_MAX - base || base + move.QuadPart < 0)
         {
             return STG_E_INVALIDFUNCTION;
         }
+        const std::int64_t to = base + move.QuadPart;
         m_position = static_cast<std::uint64_t>(to);
         if (position != nullptr)
         {
@@ -224,12 +225,13 @@ HRESULT CStream::CopyTo(IStream* target,
         {
             return STG_E_INVALIDPOINTER;
         }
-        const std::uint64_t left =
-            m_position < m_content.size() ? m_content.size() - m_position : 0;
-        const auto take = static_cast<ULONG>(std::min<std::uint64_t>(left, cb.QuadPart));
-        ULONG written = 0;
-        const HRESULT hr = target->Write(m_content.data() + m_position, take, &written);
+        // A copy: the target may be this stream.
+        const std::string piece =
+            m_content.substr(std::min<std::uint64_t>(m_position, m_content.size()), cb.QuadPart);
+        const auto take = static_cast<ULONG>(piece.size());
         m_position += take;
+        ULONG written = 0;
+        const HRESULT hr = target->Write(piece.data(), take, &written);
         if (cbRead != nullptr)
         {
             cbRead->QuadPart = take;

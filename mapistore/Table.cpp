@@ -142,7 +142,7 @@ HRESULT CTable::GetStatus(ULONG* status, ULONG* type)
         RequireOut(status);
         RequireOut(type);
         *status = TBLSTAT_COMPLETE;
-        *type = TBLTYPE_DYNAMIC;
+        *type = m_setup.ownLock ? TBLTYPE_SNAPSHOT : TBLTYPE_DYNAMIC;
         return S_OK;
     });
 }

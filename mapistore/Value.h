@@ -123,4 +123,11 @@ private:
     std::wstring m_text;
 };
 
+/// The same of a call that breaks the rules of the interface: the ledger has it too.
+class CMisuse final : public CMapiError
+{
+public:
+    using CMapiError::CMapiError;
+};
+
 } // namespace mapistore

@@ -12,7 +12,7 @@ const void* Checked(const void* pointer)
 {
     if (pointer == nullptr)
     {
-        throw CMapiError(MAPI_E_INVALID_PARAMETER, L"a value points nowhere");
+        throw CMisuse(MAPI_E_INVALID_PARAMETER, L"a value points nowhere");
     }
     return pointer;
 }

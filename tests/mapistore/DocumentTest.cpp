@@ -1,6 +1,5 @@
 #include <algorithm>
 #include <cstring>
-#include <nlohmann/json.hpp>
 
 #include "StoreFixture.h"
 #include "TestPaths.h"
@@ -363,42 +362,6 @@ TEST_F(DocumentTest, ExampleOfTheDescriptionIsServed)
     Start();
     EXPECT_EQ(TextColumn(Contents(8), PR_SUBJECT_W), std::vector<std::wstring>{L"Planning"});
     EXPECT_EQ(TextProp(OpenMessage(21).Get(), PR_DISPLAY_NAME_W), L"Bo Ferrand");
-}
-
-TEST_F(DocumentTest, RecurrencesBecomeThePublishedBytes)
-{
-    WIN32_FIND_DATAW found{};
-    const std::wstring folder = L"Z:" DT_WIDE(DT_SOURCE_DIR) L"/tests/data/recurrence-encoding/";
-    HANDLE search = FindFirstFileW((folder + L"*.json").c_str(), &found);
-    ASSERT_NE(search, INVALID_HANDLE_VALUE);
-    std::string messages;
-    std::vector<std::pair<std::wstring, std::string>> expected;
-    do
-    {
-        const auto vector = nlohmann::json::parse(ReadFileText(folder + found.cFileName));
-        const bool isZone = vector.contains("timeZone");
-        const std::string key = isZone ? "timeZone" : "recurrence";
-        messages +=
-            std::string(expected.empty() ? "" : ",\n") + R"({ "id": )" +
-            std::to_string(200 + expected.size()) +
-            R"(, "folder": 8, "class": "IPM.Appointment", "properties": { "0x66010102": { ")" +
-            key + "\": " + vector[key].dump() + " } } }";
-        expected.emplace_back(found.cFileName, vector["bytes"].get<std::string>());
-    } while (FindNextFileW(search, &found));
-    FindClose(search);
-    ASSERT_GE(expected.size(), 10U);
-    WriteDocument(UsualDocument(messages));
-    Start();
-    for (size_t i = 0; i < expected.size(); ++i)
-    {
-        const MessageRef message = OpenMessage(200 + i);
-        const CHeld<SPropValue> value = GetProp(message.Get(), 0x66010102);
-        ASSERT_EQ(value->ulPropTag, 0x66010102U);
-        EXPECT_EQ(
-            HexOf(std::string(reinterpret_cast<char*>(value->Value.bin.lpb), value->Value.bin.cb)),
-            expected[i].second)
-            << std::string(expected[i].first.begin(), expected[i].first.end());
-    }
 }
 
 } // namespace

@@ -1,67 +1,18 @@
 #include <algorithm>
 #include <thread>
 
-#include "OperationCalls.h"
-#include "TestPaths.h"
+#include "OperationFixture.h"
 
 using namespace mapitest;
 
 namespace
 {
 
-#define DT_WIDEN(text) L##text
-#define DT_WIDE(text) DT_WIDEN(text)
-
 constexpr HRESULT kPlanned = MAPI_E_UNKNOWN_LCID; // no operation answers this by itself
 
-const char* const kItem = R"({ "id": 100, "folder": 4, "class": "IPM.Note",
-  "properties": { "PR_SUBJECT_W": "one", "PR_BODY_W": "text" },
-  "attachments": [ { "properties": { "PR_ATTACH_METHOD": 1, "PR_ATTACH_DATA_BIN": "00" } } ] },
-  { "id": 101, "folder": 4, "class": "IPM.Note", "properties": { "PR_SUBJECT_W": "two" } },
-  { "id": 102, "folder": 4, "class": "IPM.Note", "properties": { "PR_SUBJECT_W": "three" } })";
-
-std::vector<std::string> ListedOperations()
-{
-    const std::string text =
-        ReadFileText(L"Z:" DT_WIDE(DT_SOURCE_DIR) L"/mapistore/operations.txt");
-    std::vector<std::string> names;
-    for (size_t at = 0; at < text.size();)
-    {
-        const size_t end = text.find('\n', at);
-        const std::string line = text.substr(at, end - at);
-        if (!line.empty() && line[0] != '#')
-        {
-            names.push_back(line);
-        }
-        at = end + 1;
-    }
-    return names;
-}
-
-class FaultTest : public StoreTest
+class FaultTest : public OperationTest
 {
 protected:
-    void SetUp() override
-    {
-        StoreTest::SetUp();
-        WriteDocument(UsualDocument(kItem));
-        Start();
-    }
-    template <class T>
-    CRef<T> BookEntry(const BookRef& book, ULONG type, ULONG64 id)
-    {
-        CRef<T> object;
-        std::string bytes = EntryId(type, bookUid, id);
-        ULONG opened = 0;
-        EXPECT_EQ(book->OpenEntry(32,
-                                  reinterpret_cast<ENTRYID*>(bytes.data()),
-                                  nullptr,
-                                  0,
-                                  &opened,
-                                  object.template PutAs<IUnknown>()),
-                  S_OK);
-        return object;
-    }
     static void Plan(const std::string& plan)
     {
         ASSERT_EQ(MapiStoreSetFaults(plan.c_str()), S_OK) << Report();
@@ -70,35 +21,8 @@ protected:
 
 TEST_F(FaultTest, EveryListedOperationCanBeMadeToFail)
 {
-    const FolderRef folder = OpenFolder(4);
-    const MessageRef message = OpenMessage(100);
-    CRef<IAttach> attach;
-    ASSERT_EQ(message->OpenAttach(0, nullptr, MAPI_BEST_ACCESS, attach.Put()), S_OK);
-    const TableRef table = Contents(4);
-    CRef<IStream> stream;
-    ASSERT_EQ(message->OpenProperty(PR_BODY_W, &IID_IStream, 0, 0, stream.PutAs<IUnknown>()), S_OK);
-    BookRef book;
-    ASSERT_EQ(session->OpenAddressBook(0, nullptr, 0, book.PutAs<::IAddrBook>()), S_OK);
-    const auto container = BookEntry<IABContainer>(book, MAPI_ABCONT, 28);
-    const auto list = BookEntry<IDistList>(book, MAPI_DISTLIST, 31);
-    const auto user = BookEntry<IMailUser>(book, MAPI_MAILUSER, 30);
-    CRef<IProfSect> section;
-    ASSERT_EQ(session->OpenProfileSection(nullptr, nullptr, 0, section.Put()), S_OK);
-    CRef<IProfAdmin> admin;
-    ASSERT_EQ(MAPIAdminProfiles(0, admin.Put()), S_OK);
-    const Calls calls = AllCalls({admin.Get(),
-                                  session.Get(),
-                                  section.Get(),
-                                  store.Get(),
-                                  folder.Get(),
-                                  message.Get(),
-                                  attach.Get(),
-                                  book.Get(),
-                                  container.Get(),
-                                  list.Get(),
-                                  user.Get(),
-                                  table.Get(),
-                                  stream.Get()});
+    EveryObject all = OpenAll();
+    const Calls calls = AllCalls(TargetsOf(all));
     const std::vector<std::string> listed = ListedOperations();
     ASSERT_GT(listed.size(), 200U);
     size_t tried = 0;
@@ -297,6 +221,9 @@ TEST_F(FaultTest, PlanThatCannotBeReadIsRefusedWithItsLine)
         {"IMAPITable::Abort call 0 fail E_FAIL", "line 1: expected: every, call N"},
         {"IMAPITable::Abort calls 5-4 fail E_FAIL", "line 1: expected: every, call N"},
         {"IMAPITable::Abort share 10 seed 1 fail E_FAIL", "line 1: expected: every, call N"},
+        {"IMAPITable::Abort share 101% seed 1 fail E_FAIL", "line 1: expected: every, call N"},
+        {"IMAPITable::Abort share -1% seed 1 fail E_FAIL", "line 1: expected: every, call N"},
+        {"IMAPITable::Abort share nan% seed 1 fail E_FAIL", "line 1: expected: every, call N"},
         {"IMAPITable::Abort every explode", "line 1: expected: fail STATUS"},
         {"IMAPITable::Abort every fail MAPI_E_NO_SUCH", "line 1: expected: fail STATUS"},
         {"IMAPITable::Abort every crash now", "line 1: unexpected now"}};

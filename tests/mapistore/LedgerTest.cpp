@@ -1,11 +1,26 @@
 #include <cstring>
 
-#include "StoreFixture.h"
+#include "RecordingSink.h"
 
 using namespace mapitest;
 
 namespace
 {
+
+std::string g_debuggerText;
+
+/// Takes what is meant for a debugger; the call that sent it goes on.
+LONG CALLBACK TakeDebuggerText(EXCEPTION_POINTERS* raised)
+{
+    const EXCEPTION_RECORD& record = *raised->ExceptionRecord;
+    constexpr DWORD kDebuggerText = 0x40010006;
+    if (record.ExceptionCode != kDebuggerText || record.NumberParameters < 2)
+    {
+        return EXCEPTION_CONTINUE_SEARCH;
+    }
+    g_debuggerText += reinterpret_cast<const char*>(record.ExceptionInformation[1]);
+    return EXCEPTION_CONTINUE_EXECUTION;
+}
 
 class LedgerTest : public StoreTest
 {
@@ -196,6 +211,43 @@ TEST_F(LedgerTest, WithoutGuardBuffersWorkAllTheSame)
     }
     const MessageRef message = OpenMessage(100);
     EXPECT_EQ(TextProp(message.Get(), PR_SUBJECT_W), L"one");
+}
+
+TEST_F(LedgerTest, ConnectionsAreCountedUntilTheyAreGivenBack)
+{
+    Start();
+    // Outlives the test: a notification may still be under way when Unadvise returns.
+    CRecordingSink& sink = *new CRecordingSink;
+    TableRef table = Contents(4);
+    mapi64::Connection first = 0;
+    mapi64::Connection second = 0;
+    ASSERT_EQ(table->Advise(fnevTableModified, &sink, &first), S_OK);
+    ASSERT_EQ(store->Advise(0, nullptr, fnevNewMail, &sink, &second), S_OK);
+    EXPECT_EQ(Counts().connectionsHanded, 2U);
+    EXPECT_EQ(Counts().connectionsLeft, 2U);
+    EXPECT_NE(Report().find("left connection connection from IMAPITable::Advise ticket "),
+              std::string::npos);
+    EXPECT_NE(Report().find("left connection connection from IMsgStore::Advise ticket "),
+              std::string::npos);
+    EXPECT_EQ(table->Unadvise(first), S_OK);
+    EXPECT_EQ(store->Unadvise(second), S_OK);
+    EXPECT_EQ(Counts().connectionsHanded, 2U);
+    EXPECT_EQ(Counts().connectionsLeft, 0U);
+}
+
+TEST_F(LedgerTest, ReportGoesToTheDebuggerAsWell)
+{
+    Start();
+    g_debuggerText.clear();
+    void* handler = AddVectoredExceptionHandler(1, TakeDebuggerText);
+    Stop();
+    RemoveVectoredExceptionHandler(handler);
+    EXPECT_EQ(g_debuggerText.find("mapistore: ledger process " +
+                                  std::to_string(GetCurrentProcessId()) + "\n"),
+              0U)
+        << g_debuggerText;
+    EXPECT_NE(g_debuggerText.find("mapistore: summary handed interfaces "), std::string::npos)
+        << g_debuggerText;
 }
 
 } // namespace

@@ -9,6 +9,16 @@ namespace
 
 class RestrictionTest : public StoreTest
 {
+protected:
+    /// How many of the inbox's messages match.
+    ULONG Matching(SRestriction& res)
+    {
+        const TableRef table = Contents(4);
+        EXPECT_EQ(table->Restrict(&res, 0), S_OK);
+        ULONG count = 77;
+        EXPECT_EQ(table->GetRowCount(0, &count), S_OK);
+        return count;
+    }
 };
 
 TEST_F(RestrictionTest, ThousandsOfRandomRestrictionsAgreeWithAPlainEvaluation)
@@ -123,6 +133,96 @@ TEST_F(RestrictionTest, OneOfSeveralValuesIsEnough)
     ULONG count = 0;
     ASSERT_EQ(table->GetRowCount(0, &count), S_OK);
     EXPECT_EQ(count, 1U);
+}
+
+TEST_F(RestrictionTest, CommentStandsForTheRestrictionInIt)
+{
+    WriteDocument(UsualDocument(
+        R"({ "id": 100, "folder": 4, "class": "IPM.Note", "properties": { "PR_IMPORTANCE": 1 } },
+           { "id": 101, "folder": 4, "class": "IPM.Note", "properties": {} })"));
+    Start();
+    SRestriction inner{};
+    inner.rt = RES_EXIST;
+    inner.res.resExist = {0, PR_IMPORTANCE, 0};
+    SRestriction res{};
+    res.rt = RES_COMMENT;
+    res.res.resComment = {0, &inner, nullptr};
+    EXPECT_EQ(Matching(res), 1U);
+    res.res.resComment.lpRes = nullptr; // a comment alone restricts nothing
+    EXPECT_EQ(Matching(res), 2U);
+}
+
+TEST_F(RestrictionTest, BytesAreFoundByTheirContent)
+{
+    WriteDocument(UsualDocument(
+        R"({ "id": 100, "folder": 4, "class": "IPM.Note", "properties": { "0x66010102": "00112233" } },
+           { "id": 101, "folder": 4, "class": "IPM.Note", "properties": { "0x66010102": "1122" } },
+           { "id": 102, "folder": 4, "class": "IPM.Note", "properties": { "0x66010102": "112244" } })"));
+    Start();
+    BYTE bytes[] = {0x11, 0x22};
+    SPropValue value{};
+    value.ulPropTag = 0x66010102;
+    value.Value.bin = {2, bytes};
+    SRestriction res{};
+    res.rt = RES_CONTENT;
+    for (const auto& [level, matching] :
+         {std::pair<ULONG, ULONG>{FL_SUBSTRING, 3}, {FL_PREFIX, 2}, {FL_FULLSTRING, 1}})
+    {
+        res.res.resContent = {level, 0x66010102, &value};
+        EXPECT_EQ(Matching(res), matching) << level;
+    }
+}
+
+TEST_F(RestrictionTest, SizeCountsTheBytesOfEveryType)
+{
+    WriteDocument(UsualDocument(
+        R"({ "id": 100, "folder": 4, "class": "IPM.Note", "properties": { "0x66010002": 1, "0x66020003": 1,
+             "0x6603000B": true, "0x66040014": 1, "0x66050005": 1.5, "0x66060048": "{00020329-0000-0000-C000-000000000046}",
+             "0x66070102": "001122", "0x6608001F": "abc", "0x66091003": [1, 2, 3],
+             "PR_CLIENT_SUBMIT_TIME": "2026-01-01T00:00:00Z" } })"));
+    Start();
+    const std::pair<ULONG, ULONG> sizes[] = {{0x66010002, 2},
+                                             {0x66020003, 4},
+                                             {0x6603000B, 2},
+                                             {0x66040014, 8},
+                                             {0x66050005, 8},
+                                             {0x66060048, 16},
+                                             {0x66070102, 3},
+                                             {0x6608001F, 8},
+                                             {PR_CLIENT_SUBMIT_TIME, 8},
+                                             {0x66091003, 4}}; // of one of several values
+    SRestriction res{};
+    res.rt = RES_SIZE;
+    for (const auto& [tag, cb] : sizes)
+    {
+        res.res.resSize = {RELOP_EQ, tag, cb};
+        EXPECT_EQ(Matching(res), 1U) << std::hex << tag;
+        res.res.resSize = {RELOP_GT, tag, cb};
+        EXPECT_EQ(Matching(res), 0U) << std::hex << tag;
+        res.res.resSize = {RELOP_LT, tag, cb + 1};
+        EXPECT_EQ(Matching(res), 1U) << std::hex << tag;
+    }
+}
+
+TEST_F(RestrictionTest, SubrestrictionLooksAtAttachmentsToo)
+{
+    WriteDocument(UsualDocument(
+        R"({ "id": 100, "folder": 4, "class": "IPM.Note", "properties": {}, "attachments": [
+             { "properties": { "PR_ATTACH_METHOD": 1 } }, { "properties": { "PR_ATTACH_METHOD": 2 } } ] },
+           { "id": 101, "folder": 4, "class": "IPM.Note", "properties": {} })"));
+    Start();
+    SPropValue method = NumberValue(PR_ATTACH_METHOD, 2);
+    SRestriction inner{};
+    inner.rt = RES_PROPERTY;
+    inner.res.resProperty = {RELOP_EQ, PR_ATTACH_METHOD, &method};
+    SRestriction res{};
+    res.rt = RES_SUBRESTRICTION;
+    res.res.resSub = {PR_MESSAGE_ATTACHMENTS, &inner};
+    EXPECT_EQ(Matching(res), 1U);
+    method.Value.l = 5;
+    EXPECT_EQ(Matching(res), 0U);
+    res.res.resSub = {PR_CONTAINER_CONTENTS, &inner}; // no subobject of a message
+    EXPECT_EQ(Matching(res), 0U);
 }
 
 } // namespace

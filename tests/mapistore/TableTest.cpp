@@ -210,6 +210,10 @@ TEST_F(TableTest, SmallOperationsAnswerAsDocumented)
     EXPECT_EQ(table->GetStatus(&status, &type), S_OK);
     EXPECT_EQ(status, TBLSTAT_COMPLETE);
     EXPECT_EQ(type, TBLTYPE_DYNAMIC);
+    TableRef stores; // whose rows nothing changes
+    ASSERT_EQ(session->GetMsgStoresTable(0, stores.PutAs<::IMAPITable>()), S_OK);
+    EXPECT_EQ(stores->GetStatus(&status, &type), S_OK);
+    EXPECT_EQ(type, TBLTYPE_SNAPSHOT);
     EXPECT_EQ(table->Abort(), S_OK);
     EXPECT_EQ(table->WaitForCompletion(0, 1000, nullptr), S_OK);
     EXPECT_EQ(table->WaitForCompletion(0, 1000, &status), S_OK);

@@ -30,7 +30,11 @@ struct CallTargets
     IStream* stream;
 };
 
+/// One call of each operation that takes flags, with these.
+using FlagCalls = std::map<std::string, std::function<HRESULT(ULONG)>>;
+
 /// Of every operation that answers a status.
 Calls AllCalls(const CallTargets& targets);
+FlagCalls AllFlagCalls(const CallTargets& targets);
 
 } // namespace mapitest
