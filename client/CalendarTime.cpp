@@ -81,7 +81,8 @@ bool IsRealTime(const CalendarTime& time)
 
 std::int64_t SecondsSince1601(const CalendarTime& time)
 {
-    return DaysSince1601(time) * kSecondsPerDay + time.hour * 3600 + time.minute * 60 + time.second;
+    return DaysSince1601(time) * kSecondsPerDay + std::int64_t{time.hour} * 3600 +
+           std::int64_t{time.minute} * 60 + time.second;
 }
 
 CalendarTime TimeFromSeconds1601(std::int64_t seconds)

@@ -155,7 +155,7 @@ std::size_t ColumnsOf(std::string_view text)
 
 std::string CellText(std::string_view text, std::size_t maxColumns)
 {
-    const std::string line = OneLine(text);
+    std::string line = OneLine(text);
     if (ColumnsOf(line) <= maxColumns)
     {
         return line;

@@ -12,7 +12,7 @@ namespace tlvtrace
 /// How large a trace file grows and how many older ones are kept.
 struct RotationLimits
 {
-    std::uint64_t cbFile = 8 * 1024 * 1024;
+    std::uint64_t cbFile = std::uint64_t{8} * 1024 * 1024;
     unsigned olderFiles = 3;
 };
 

@@ -26,7 +26,7 @@ public:
 /// How much a queue holds and how long a full one makes its caller wait.
 struct QueueLimits
 {
-    std::size_t cbBuffer = 512 * 1024; ///< Each of the two buffers.
+    std::size_t cbBuffer = std::size_t{512} * 1024; ///< Each of the two buffers.
     DWORD fullWaitMs = 20;
 };
 

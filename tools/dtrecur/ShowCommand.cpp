@@ -61,8 +61,8 @@ void ChooseWindow(Show& show)
         tail.startDate < kMinutesPerDay ? tail.startDate : tail.startDate - kMinutesPerDay;
     show.from = FileTimeOfText(show.options.from).value_or(FileTimeOfMinutes(start));
     const std::uint64_t aYear = dates::TicksOf(show.from) + 366 * calendar::kTicksPerDay;
-    const std::uint64_t end =
-        (std::uint64_t{tail.endDate} + 2 * kMinutesPerDay) * calendar::kTicksPerMinute;
+    const std::uint64_t end = (std::uint64_t{tail.endDate} + std::uint64_t{2} * kMinutesPerDay) *
+                              calendar::kTicksPerMinute;
     const bool isBehind = end > dates::TicksOf(show.from);
     show.to = FileTimeOfText(show.options.to)
                   .value_or(dates::FileTimeOf(isBehind ? std::min(aYear, end) : aYear));

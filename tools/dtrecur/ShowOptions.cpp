@@ -9,7 +9,7 @@ namespace
 using TextOption = std::string ShowOptions::*;
 using Switch = bool ShowOptions::*;
 
-const std::map<std::string, TextOption> kTextOptions = {
+const std::map<std::string, TextOption> g_textOptions = {
     {"--pattern", &ShowOptions::pattern},
     {"--zone", &ShowOptions::zone},
     {"--from", &ShowOptions::from},
@@ -19,14 +19,14 @@ const std::map<std::string, TextOption> kTextOptions = {
     {"--location", &ShowOptions::location},
 };
 
-const std::map<std::string, Switch> kSwitches = {
+const std::map<std::string, Switch> g_switches = {
     {"--keep-all", &ShowOptions::keepsAll},
     {"--trace", &ShowOptions::withTrace},
     {"--help", &ShowOptions::wantsHelp},
     {"-h", &ShowOptions::wantsHelp},
 };
 
-const std::map<std::string, ColorChoice> kColorChoices = {
+const std::map<std::string, ColorChoice> g_colorChoices = {
     {"auto", ColorChoice::Auto},
     {"always", ColorChoice::Always},
     {"never", ColorChoice::Never},
@@ -68,13 +68,13 @@ std::optional<std::string> ReadShowOptions(const std::vector<std::string>& argum
     for (std::size_t i = 0; i < arguments.size(); ++i)
     {
         const std::string& name = arguments[i];
-        if (const auto option = kSwitches.find(name); option != kSwitches.end())
+        if (const auto option = g_switches.find(name); option != g_switches.end())
         {
             options.*option->second = true;
             continue;
         }
-        const auto text = kTextOptions.find(name);
-        if (text == kTextOptions.end() && name != "--color")
+        const auto text = g_textOptions.find(name);
+        if (text == g_textOptions.end() && name != "--color")
         {
             return "unknown argument '" + name + "'";
         }
@@ -83,11 +83,11 @@ std::optional<std::string> ReadShowOptions(const std::vector<std::string>& argum
             return "'" + name + "' needs a value";
         }
         const std::string& value = arguments[++i];
-        if (text != kTextOptions.end())
+        if (text != g_textOptions.end())
         {
             options.*text->second = value;
         }
-        else if (const auto choice = kColorChoices.find(value); choice != kColorChoices.end())
+        else if (const auto choice = g_colorChoices.find(value); choice != g_colorChoices.end())
         {
             options.color = choice->second;
         }
