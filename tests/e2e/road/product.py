@@ -52,12 +52,20 @@ def subject_of(document):
 
 
 class Prefix:
-    """The Wine prefix of a build folder. `zone` is the zone of the programs that run() starts."""
+    """A Wine prefix of a build folder: that of the environment, or the one called `name`, which nobody else
+    disturbs. `zone` is the zone of the programs that run() starts."""
 
-    def __init__(self, build, zone="UTC"):
+    def __init__(self, build, zone="UTC", name=None):
         self.build = os.path.realpath(build)
-        self.environment = {**os.environ, "DT_TZ": zone}
-        subprocess.run([os.path.join(DEV, "wine-prefix"), "start", self.build], check=True)
+        self.environment = {**os.environ, "DT_TZ": zone, **({"DT_WINE_PREFIX": name} if name else {})}
+        self._tool("start")
+
+    def _tool(self, verb):
+        subprocess.run([os.path.join(DEV, "wine-prefix"), verb, self.build], env=self.environment, check=True)
+
+    def stop(self):
+        """Ends the prefix's Wine server and every process in it."""
+        self._tool("stop")
 
     def run(self, program, *arguments, **more):
         """The finished process of one program, its output as UTF-8 text."""
@@ -123,14 +131,17 @@ class Registry:
 
 
 class Product:
-    """Server and mail client, registered, over one store folder. A context manager."""
+    """Server and mail client, registered, over one store folder; `faults` is the plan of the mail library's faults.
+    A context manager."""
 
-    def __init__(self, prefix, store=None, faults=None):
+    def __init__(self, prefix, store=None, faults=""):
         self.prefix = prefix
         self._stack = contextlib.ExitStack()
         self.folder = self._stack.enter_context(tempfile.TemporaryDirectory(prefix="road-"))
         self.store = store or os.path.join(self.folder, "store")
         self.ledger_path = os.path.join(self.folder, "ledger.txt")
+        self.faults_path = os.path.join(self.folder, "faults.txt")
+        self.set_faults(faults)
         self.clients = []
         if store is None:
             self.dtstore("new", self.store)
@@ -142,10 +153,8 @@ class Product:
             MAIL + r"\Microsoft Outlook": {"DllPathEx": library},
             APP_PATH: {"": library},
             SETTINGS: {"Folder": windows_path(self.store), "Ledger": windows_path(self.ledger_path),
-                       "Faults": faults}})
-        # Wine's object activator keeps the class of a server that was killed before it could revoke it,
-        # and every later activation fails; a new activator knows nothing of it.
-        prefix.run("net", "stop", "RpcSs")
+                       "Faults": "@" + windows_path(self.faults_path)}})
+        self.renew_activator()
         self._register("/RegServer")
 
     def __enter__(self):
@@ -165,7 +174,17 @@ class Product:
         self.prefix.processes_end(SERVER, "endall")
         self._register("/UnregServer")
         self.registry.restore()
+        self.renew_activator()
+
+    def renew_activator(self):
+        """Wine's object activator keeps the class of a server that was killed before it could revoke it, and
+        every later activation fails; a new activator knows nothing of it."""
         self.prefix.run("net", "stop", "RpcSs")
+
+    def set_faults(self, plan):
+        """The mail library reads it when it is initialised: at the next bring-up that finds it released."""
+        with open(self.faults_path, "w", encoding="utf-8") as file:
+            file.write(plan)
 
     def dtstore(self, *arguments):
         """Standard output of one command of the store tool."""
@@ -192,22 +211,29 @@ class Product:
         """Whether the server ends by itself."""
         return self.prefix.processes_end(SERVER)
 
+    def ledgers(self):
+        """The ledger's reports, one for each time that the mail library was released, as lists of lines."""
+        reports = []
+        if os.path.exists(self.ledger_path):
+            with open(self.ledger_path, encoding="utf-8", errors="replace") as file:
+                for line in file.read().splitlines():
+                    if line.startswith("ledger process") or not reports:
+                        reports.append([])
+                    reports[-1].append(line)
+        return reports
+
     def ledger(self):
         """Lines of the ledger's last report."""
-        if not os.path.exists(self.ledger_path):
-            return []
-        with open(self.ledger_path, encoding="utf-8", errors="replace") as file:
-            lines = file.read().splitlines()
-        last = max((number for number, line in enumerate(lines) if line.startswith("ledger process")), default=0)
-        return lines[last:]
+        return (self.ledgers() or [[]])[-1]
 
 
 class Client:
-    """One e2e_client.exe; its commands stand in tests/e2e/support/ScriptedClient.h."""
+    """One e2e_client.exe; its commands stand in tests/e2e/support/ScriptedClient.h. Clients that share the
+    condition `came` can be waited for together."""
 
-    def __init__(self, prefix):
+    def __init__(self, prefix, came=None):
         self.process = prefix.start(prefix.path("tests/e2e_client.exe"))
-        self.came = threading.Condition()
+        self.came = came or threading.Condition()
         self.events, self.answers, self.ended = [], [], False
         self.reader = threading.Thread(target=self._read, daemon=True)
         self.reader.start()
@@ -239,6 +265,10 @@ class Client:
                     self.answers.remove(entry)
                     return entry[1]
         raise AssertionError(f"{name} was not answered")
+
+    def is_answered(self, name):
+        with self.came:
+            return any(entry[0] == name for entry in self.answers)
 
     def do(self, command):
         self.send(command)
