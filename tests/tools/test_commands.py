@@ -3,9 +3,11 @@
 import io
 import json
 import os
+import signal
+import subprocess
 import unittest
 
-from store_case import ADA, SOURCE, TODAY, StoreCase, calendar
+from store_case import ADA, SOURCE, TODAY, TOOL, StoreCase, calendar
 
 from dtstore_lib import ics_import, importing, zones
 
@@ -237,6 +239,25 @@ class CommandTest(StoreCase):
         self.assertEqual(self.done("--list-operations").splitlines(), wanted)
         for name in ("MAPILogonEx", "IMAPITable::Restrict", "IMessage::SubmitMessage"):
             self.assertIn(name, wanted)
+
+    def test_a_reader_that_has_enough_ends_the_command_quietly_behind_its_change(self):
+        for arguments in (["--list-operations"], ["show", "s"], ["add", "s", "contact", "name=Bo"]):
+            with self.subTest(arguments=arguments):
+                reader, writer = os.pipe()
+                os.close(reader)
+                try:
+                    done = subprocess.run([TOOL, *arguments], stdout=writer, stderr=subprocess.PIPE, text=True,
+                                          cwd=self.folder, check=False)
+                finally:
+                    os.close(writer)
+                self.assertEqual((done.returncode, done.stderr), (-signal.SIGPIPE, ""))
+        self.assertEqual([message["properties"]["PR_DISPLAY_NAME_W"] for message in self.messages()], ["Bo"])
+
+    def test_an_output_that_cannot_be_written_is_told(self):
+        with open("/dev/full", "wb") as full:
+            done = subprocess.run([TOOL, "--list-operations"], stdout=full, stderr=subprocess.PIPE, text=True,
+                                  env={**os.environ, "PYTHONUNBUFFERED": "1"}, check=False)
+        self.assertEqual((done.returncode, done.stderr), (1, "dtstore: output: No space left on device\n"))
 
     def test_the_launcher_runs_on_the_systems_own_interpreter(self):
         with open(os.path.join(SOURCE, "tools", "dtstore", "dtstore"), encoding="utf-8") as file:

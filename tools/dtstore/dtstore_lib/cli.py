@@ -115,7 +115,7 @@ def main(arguments=None):
         print(f"dtstore: {problem}", file=sys.stderr)
         return NOT_DONE
     except OSError as error:
-        print(f"dtstore: {error.filename or options.store}: {error.strerror}", file=sys.stderr)
+        print(f"dtstore: {error.filename or vars(options).get('store', 'output')}: {error.strerror}", file=sys.stderr)
         return NOT_DONE
     except KeyboardInterrupt:
         print("dtstore: interrupted; the store is as it was", file=sys.stderr)
