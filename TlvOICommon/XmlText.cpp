@@ -1,6 +1,7 @@
 #include "XmlText.h"
 
 #include <algorithm>
+#include <array>
 #include <bit>
 #include <cstdint>
 #include <cstring>
@@ -15,93 +16,94 @@ constexpr WStringView kGreater = WTEXT("&gt;");
 /// "<" and ">" differ in this bit alone, so that one test does for both.
 constexpr std::uint16_t kAngleBit = '<' ^ '>';
 
-/// Units that are looked at together: a short run of text without markup is copied at once.
+/// Units that are looked at together, one bit of a mask each.
 constexpr std::size_t kRun = 32;
+
+/// Units that are copied at once, whether they are all wanted or not: what is too much is overwritten
+/// by what follows. Two of the widest stores that every processor of the platform has.
+constexpr std::size_t kCopied = 16;
 
 constexpr bool IsMarkup(WCHAR unit) noexcept
 {
     return unit == WTEXT('&') || (unit | kAngleBit) == WTEXT('>');
 }
 
-/// Whether any of kRun units is markup, without a branch, so that the compiler looks at many at once.
-bool HasMarkup(const WCHAR* run) noexcept
+/// A bit for each of kRun units, set for markup; the first unit has the lowest.
+std::uint32_t MarkupMask(const WCHAR* run) noexcept
 {
-    std::uint16_t any = 0;
+    // Without a choice in the loop the compiler looks at many units at once.
+    std::array<std::uint8_t, kRun> marks;
     for (std::size_t i = 0; i < kRun; ++i)
     {
-        any = static_cast<std::uint16_t>(any | (IsMarkup(run[i]) ? 1 : 0));
+        marks[i] = static_cast<std::uint8_t>((run[i] == WTEXT('&')) |
+                                             ((run[i] | kAngleBit) == WTEXT('>')));
     }
-    return any != 0;
-}
-
-WCHAR* WriteEntity(WCHAR markup, WCHAR* out) noexcept
-{
-    switch (markup)
+    static_assert(std::endian::native == std::endian::little);
+    std::uint32_t mask = 0;
+    for (std::size_t i = 0; i < kRun; i += 8)
     {
-    case WTEXT('&'):
-        return std::copy(kAmpersand.begin(), kAmpersand.end(), out);
-    case WTEXT('<'):
-        return std::copy(kLess.begin(), kLess.end(), out);
-    default:
-        return std::copy(kGreater.begin(), kGreater.end(), out);
+        // The multiplication gathers eight bytes of 0 or 1 in the highest byte.
+        std::uint64_t eight = 0;
+        std::memcpy(&eight, marks.data() + i, sizeof(eight));
+        mask |= static_cast<std::uint32_t>((eight * 0x0102040810204080ULL) >> 56) << i;
     }
+    return mask;
 }
 
-/// Four code units in one word; the first is the lowest.
-using Word = std::uint64_t;
-constexpr std::size_t kWordUnits = sizeof(Word) / sizeof(WCHAR);
-static_assert(std::endian::native == std::endian::little);
-
-constexpr Word InEveryUnit(Word unit) noexcept
+/// The entities by bits 1 to 3 of their character, in which the three differ, each with room to copy
+/// eight units at once.
+struct Entity
 {
-    return unit * 0x0001000100010001ULL;
+    WCHAR text[8];
+};
+
+constexpr std::size_t EntityNumber(WCHAR markup) noexcept
+{
+    return (markup >> 1) & 7U;
 }
 
-/// Has the lowest set bit in the first unit of `units` that is zero, and no bit when none is.
-constexpr Word ZeroUnits(Word units) noexcept
+constexpr auto kEntities = [] {
+    std::array<Entity, 8> entities{};
+    std::copy(kAmpersand.begin(), kAmpersand.end(), entities[EntityNumber(WTEXT('&'))].text);
+    std::copy(kLess.begin(), kLess.end(), entities[EntityNumber(WTEXT('<'))].text);
+    std::copy(kGreater.begin(), kGreater.end(), entities[EntityNumber(WTEXT('>'))].text);
+    return entities;
+}();
+
+constexpr std::size_t EntityLength(WCHAR markup) noexcept
 {
-    return (units - InEveryUnit(1)) & ~units & InEveryUnit(0x8000);
+    return kLess.size() + (markup == WTEXT('&') ? 1 : 0);
 }
 
-/// How many units of `units` stand before the first markup, kWordUnits when there is none.
-std::size_t UnitsBeforeMarkup(Word units) noexcept
+/// Copies `length` units, and some more: up to kCopied units behind them are read and written.
+WCHAR* CopyRoughly(const WCHAR* text, std::size_t length, WCHAR* out) noexcept
 {
-    const Word markup = ZeroUnits(units ^ InEveryUnit('&')) |
-                        ZeroUnits((units | InEveryUnit(kAngleBit)) ^ InEveryUnit('>'));
-    return static_cast<std::size_t>(std::countr_zero(markup)) / 16;
-}
-
-/// Writes a text that has markup in it. Escaped text is never shorter than the text itself, so a
-/// whole word may always be stored while a whole word is left to read.
-WCHAR* WriteMarkedRun(WStringView text, WCHAR* out) noexcept
-{
-    while (text.size() >= kWordUnits)
+    for (std::size_t done = 0;; done += kCopied)
     {
-        Word units = 0;
-        std::memcpy(&units, text.data(), sizeof(units));
-        std::memcpy(out, &units, sizeof(units));
-        const std::size_t plain = UnitsBeforeMarkup(units);
-        out += plain;
-        if (plain == kWordUnits)
+        std::memcpy(out + done, text + done, kCopied * sizeof(WCHAR));
+        if (done + kCopied >= length)
         {
-            text.remove_prefix(kWordUnits);
-            continue;
-        }
-        out = WriteEntity(text[plain], out);
-        text.remove_prefix(plain + 1);
-    }
-    for (const WCHAR unit : text)
-    {
-        if (IsMarkup(unit))
-        {
-            out = WriteEntity(unit, out);
-        }
-        else
-        {
-            *out++ = unit;
+            return out + length;
         }
     }
-    return out;
+}
+
+/// Writes kRun units, behind which at least kCopied more units of the text stand: escaped text is
+/// never shorter than the text itself, so what is read too far is also never written too far.
+WCHAR* WriteRun(const WCHAR* run, WCHAR* out) noexcept
+{
+    static_assert(sizeof(Entity) <= kCopied * sizeof(WCHAR));
+    std::size_t done = 0;
+    for (std::uint32_t mask = MarkupMask(run); mask != 0; mask &= mask - 1)
+    {
+        const auto at = static_cast<std::size_t>(std::countr_zero(mask));
+        out = CopyRoughly(run + done, at - done, out);
+        const WCHAR markup = run[at];
+        std::memcpy(out, kEntities[EntityNumber(markup)].text, sizeof(Entity));
+        out += EntityLength(markup);
+        done = at + 1;
+    }
+    return CopyRoughly(run + done, kRun - done, out);
 }
 
 } // namespace
@@ -142,15 +144,21 @@ std::size_t EscapedXmlLength(WStringView text) noexcept
 
 WCHAR* WriteEscapedXml(WStringView text, WCHAR* out) noexcept
 {
-    for (; text.size() >= kRun; text.remove_prefix(kRun))
+    for (; text.size() >= kRun + kCopied; text.remove_prefix(kRun))
     {
-        if (!HasMarkup(text.data()))
-        {
-            std::memcpy(out, text.data(), kRun * sizeof(WCHAR));
-            out += kRun;
-            continue;
-        }
-        out = WriteMarkedRun(text.substr(0, kRun), out);
+        out = WriteRun(text.data(), out);
     }
-    return WriteMarkedRun(text, out);
+    for (const WCHAR unit : text)
+    {
+        if (IsMarkup(unit))
+        {
+            std::copy_n(kEntities[EntityNumber(unit)].text, EntityLength(unit), out);
+            out += EntityLength(unit);
+        }
+        else
+        {
+            *out++ = unit;
+        }
+    }
+    return out;
 }
