@@ -1,3 +1,5 @@
+#include <set>
+
 #include "Folder.h"
 #include "FolderRow.h"
 #include "MessageRow.h"
@@ -120,17 +122,18 @@ HRESULT CFolderObject::DeleteMessages(ENTRYLIST* messages, ULONG, IMAPIProgress*
         CheckFlags(kOp, flags, MESSAGE_DIALOG);
         RequireOut(messages);
         RequireWrite();
-        bool complete = true;
+        std::vector<std::uint64_t> ids;
+        std::set<std::uint64_t> seen;
         for (ULONG i = 0; i < messages->cValues; ++i)
         {
             const auto row = MessageOf(messages->lpbin[i]);
-            complete = complete && row;
-            if (row)
+            if (row && seen.insert(row->Id()).second)
             {
-                m_store->folder->DeleteMessage(row->Id());
+                ids.push_back(row->Id());
             }
         }
-        return complete ? S_OK : MAPI_W_PARTIAL_COMPLETION;
+        const size_t gone = m_store->folder->DeleteMessages(ids);
+        return gone == messages->cValues ? S_OK : MAPI_W_PARTIAL_COMPLETION;
     });
 }
 
@@ -183,14 +186,15 @@ void CFolderObject::DeleteAll(std::uint64_t id, bool messages, bool folders, boo
     const Folder* data = FindFolder(StoreData(), id);
     if (messages && data != nullptr)
     {
-        const auto list = data->messages; // the folder's own list shrinks meanwhile
-        for (const auto& message : list)
+        std::vector<std::uint64_t> ids;
+        for (const auto& message : data->messages)
         {
             if (associated || !message->Associated())
             {
-                folder.DeleteMessage(message->Id());
+                ids.push_back(message->Id());
             }
         }
+        folder.DeleteMessages(ids);
     }
     if (folders)
     {

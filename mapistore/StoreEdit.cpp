@@ -125,21 +125,6 @@ std::shared_ptr<const CMessageRow> CStoreFolder::ChangeMessage(std::uint64_t id,
     return after;
 }
 
-void CStoreFolder::DeleteMessage(std::uint64_t id)
-{
-    const std::scoped_lock hold(m_lock);
-    Transact([&](CTextEdit& text) {
-        if (!FindMessage(id))
-        {
-            ThrowGone();
-        }
-        text.Remove(m_document->messageRanges.at(id));
-        m_document->messageRanges.erase(id);
-    });
-    Store& store = *StoreOfMessage(id);
-    ReplaceRow(store, store.messages.at(id), nullptr);
-}
-
 std::shared_ptr<const CMessageRow> CStoreFolder::MoveMessage(std::uint64_t id,
                                                              std::uint64_t folderId)
 {

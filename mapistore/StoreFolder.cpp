@@ -232,9 +232,15 @@ void CStoreFolder::PublishMessage(const std::shared_ptr<const CMessageRow>& befo
 }
 
 void CStoreFolder::ReplaceRow(Store& store,
-                              const std::shared_ptr<const CMessageRow>& before,
-                              const std::shared_ptr<const CMessageRow>& after)
+                              std::shared_ptr<const CMessageRow> before,
+                              std::shared_ptr<const CMessageRow> after)
 {
+    const auto placeOf = [](const auto& list, const auto& row) {
+        return std::lower_bound(
+            list.begin(), list.end(), row, [](const auto& left, const auto& right) {
+                return left->Order() < right->Order();
+            });
+    };
     // A folder's own row changes with its counts.
     std::vector<std::uint64_t> touched;
     if (before)
@@ -258,17 +264,13 @@ void CStoreFolder::ReplaceRow(Store& store,
     {
         Folder* folder = FindFolder(store, before->FolderId());
         auto& list = folder->messages;
-        list.erase(std::remove(list.begin(), list.end(), before), list.end());
+        list.erase(placeOf(list, before));
         store.messages.erase(before->Id());
     }
     if (after)
     {
         auto& list = FindFolder(store, after->FolderId())->messages;
-        const auto place = std::lower_bound(
-            list.begin(), list.end(), after, [](const auto& left, const auto& right) {
-                return left->Order() < right->Order();
-            });
-        list.insert(place, after);
+        list.insert(placeOf(list, after), after);
         store.messages[after->Id()] = after;
     }
     PublishMessage(before, after);

@@ -86,6 +86,8 @@ public:
                                                      bool recipients,
                                                      bool attachments);
     void DeleteMessage(std::uint64_t message);
+    /// Deletes all that are still there, with one change of the disk, and gives how many those were.
+    size_t DeleteMessages(const std::vector<std::uint64_t>& messages);
     std::shared_ptr<const CMessageRow> MoveMessage(std::uint64_t message, std::uint64_t folder);
     std::uint64_t CreateFolder(std::uint64_t store,
                                std::uint64_t parent,
@@ -117,12 +119,14 @@ private:
     void PublishMessage(const std::shared_ptr<const CMessageRow>& before,
                         const std::shared_ptr<const CMessageRow>& after);
     void PublishFolder(std::uint64_t parent, const RowPtr& before, const RowPtr& after);
+    void RemoveRows(const std::vector<std::uint64_t>& messages);
     void PublishTo(const ViewKey& key, const RowChange& change);
     void PublishObject(std::uint64_t store, ULONG event, NotifyEvent notification);
     bool HasView(const ViewKey& key) const;
+    /// By value: the store's own reference to a row goes meanwhile.
     void ReplaceRow(Store& store,
-                    const std::shared_ptr<const CMessageRow>& before,
-                    const std::shared_ptr<const CMessageRow>& after);
+                    std::shared_ptr<const CMessageRow> before,
+                    std::shared_ptr<const CMessageRow> after);
 
     void Watch();
     void Transport();

@@ -56,25 +56,50 @@ void CTextEdit::Append(const TextRange& array, const std::string& element)
         {last, until, before + body + after, number, before.size() + 8, body.size() - 8});
 }
 
-void CTextEdit::Remove(const TextRange& element)
+/// Where the element behind one that ends here begins; its own end when it is the last.
+std::uint64_t CTextEdit::NextElement(std::uint64_t end) const
 {
-    std::uint64_t begin = element.begin;
-    std::uint64_t end = element.end;
-    while (IsBlank(m_text[end]))
+    std::uint64_t next = end;
+    while (IsBlank(m_text[next]))
     {
-        ++end;
+        ++next;
     }
-    if (m_text[end] == ',')
+    if (m_text[next] != ',')
     {
-        ++end;
-        while (IsBlank(m_text[end]))
+        return end;
+    }
+    ++next;
+    while (IsBlank(m_text[next]))
+    {
+        ++next;
+    }
+    return next;
+}
+
+void CTextEdit::Remove(std::vector<TextRange> elements)
+{
+    std::sort(elements.begin(), elements.end(), [](const TextRange& left, const TextRange& right) {
+        return left.begin < right.begin;
+    });
+    // Neighbours go in one piece, so that each comma goes once, and the last of an array takes the one
+    // before its first neighbour with it.
+    for (size_t i = 0; i < elements.size();)
+    {
+        TextRange run = elements[i++];
+        while (i < elements.size() && elements[i].begin == NextElement(run.end))
         {
-            ++end;
+            run.end = elements[i++].end;
         }
+        RemoveRun(run);
     }
-    else
+}
+
+void CTextEdit::RemoveRun(const TextRange& run)
+{
+    std::uint64_t begin = run.begin;
+    const std::uint64_t end = NextElement(run.end);
+    if (end == run.end)
     {
-        end = element.end;
         while (IsBlank(m_text[begin - 1]))
         {
             --begin;
@@ -99,22 +124,26 @@ void CTextEdit::AddMembers(const TextRange& object, const std::string& members)
         {last, last, isEmpty ? "\n" + members + "\n" : ",\n" + members, kNone, 0, 0});
 }
 
-std::uint64_t CTextEdit::Moved(std::uint64_t place, bool isEnd) const
+void CTextEdit::CountMoves()
 {
-    std::int64_t delta = 0;
+    m_moves.assign(1, 0);
     for (const Splice& splice : m_splices)
     {
-        // What was put in at a place belongs behind the end of the range before it.
-        const bool before =
-            isEnd ? splice.end < place || (splice.end == place && splice.begin < splice.end)
-                  : splice.end <= place;
-        if (before)
-        {
-            delta += static_cast<std::int64_t>(splice.text.size()) -
-                     static_cast<std::int64_t>(splice.end - splice.begin);
-        }
+        m_moves.push_back(m_moves.back() + static_cast<std::int64_t>(splice.text.size()) -
+                          static_cast<std::int64_t>(splice.end - splice.begin));
     }
-    return static_cast<std::uint64_t>(static_cast<std::int64_t>(place) + delta);
+}
+
+std::uint64_t CTextEdit::Moved(std::uint64_t place, bool isEnd) const
+{
+    const auto found =
+        std::partition_point(m_splices.begin(), m_splices.end(), [&](const Splice& splice) {
+            // What was put in at a place belongs behind the end of the range before it.
+            return isEnd ? splice.end < place || (splice.end == place && splice.begin < splice.end)
+                         : splice.end <= place;
+        });
+    const std::int64_t move = m_moves[static_cast<size_t>(found - m_splices.begin())];
+    return static_cast<std::uint64_t>(static_cast<std::int64_t>(place) + move);
 }
 
 void CTextEdit::MoveAll(TextRange& range) const
@@ -129,7 +158,9 @@ std::string CTextEdit::Finish()
     std::sort(m_splices.begin(), m_splices.end(), [](const Splice& left, const Splice& right) {
         return left.begin < right.begin;
     });
+    CountMoves();
     std::string result;
+    result.reserve(m_text.size() + static_cast<size_t>(std::max<std::int64_t>(m_moves.back(), 0)));
     std::uint64_t done = 0;
     for (const Splice& splice : m_splices)
     {

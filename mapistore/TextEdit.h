@@ -20,8 +20,9 @@ public:
     void Replace(const TextRange& range, std::string text);
     /// Puts an element behind the last one of an array.
     void Append(const TextRange& array, const std::string& element);
-    /// Takes an element out of an array, with the comma that separated it.
-    void Remove(const TextRange& element);
+    /// Takes elements out of arrays, with the commas that separated them. In any order; none twice.
+    void Remove(std::vector<TextRange> elements);
+    void Remove(const TextRange& element) { Remove(std::vector<TextRange>{element}); }
     /// Puts members into an object, before its closing brace.
     void AddMembers(const TextRange& object, const std::string& members);
 
@@ -42,12 +43,16 @@ private:
     };
     static constexpr size_t kNone = ~size_t{0};
 
+    std::uint64_t NextElement(std::uint64_t end) const;
+    void RemoveRun(const TextRange& run);
+    void CountMoves();
     std::uint64_t Moved(std::uint64_t place, bool isEnd) const;
     void MoveAll(TextRange& range) const;
 
     std::string_view m_text;
     Document& m_document;
     std::vector<Splice> m_splices;
+    std::vector<std::int64_t> m_moves; // by how much what stands behind so many splices moves
     std::vector<TextRange> m_places;
 };
 
