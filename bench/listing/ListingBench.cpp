@@ -1,0 +1,235 @@
+// One listing of 100, 1,000 and 2,000 appointments, a tenth of them series and five attendees each, from
+// the call to the event over COM: with a fresh server, and again from what it holds by then. Beside it the
+// floor, a bare reading of the same messages through the same calls; and apart, the pauses that the server
+// makes for the mail client's sake, one behind each attendee. Then a thousand listings in a row.
+#include <windows.h>
+
+#include <algorithm>
+#include <array>
+#include <cstdio>
+#include <vector>
+
+#include "BenchSession.h"
+#include "ChildProcess.h"
+
+namespace
+{
+
+constexpr std::uint32_t kAttendees = 5;
+constexpr unsigned kInARow = 1000;
+
+/// What one size is measured by: more runs where one is short, since the system counts processor time in
+/// long steps.
+struct Size
+{
+    std::uint32_t appointments;
+    unsigned runs;
+    unsigned floorRounds;
+};
+
+constexpr std::array<Size, 3> kSizes = {{{100, 10, 100}, {1000, 5, 20}, {2000, 5, 10}}};
+
+struct Cost
+{
+    double wallMs = 0;
+    double cpuMs = 0;
+};
+
+double MedianOf(std::vector<double> values)
+{
+    std::sort(values.begin(), values.end());
+    return values.empty() ? 0 : values[values.size() / 2];
+}
+
+double MeanOf(const std::vector<double>& values)
+{
+    double sum = 0;
+    for (const double value : values)
+    {
+        sum += value;
+    }
+    return values.empty() ? 0 : sum / static_cast<double>(values.size());
+}
+
+/// What the server pauses behind one attendee.
+Cost OnePause()
+{
+    constexpr unsigned kPauses = 3000;
+    const double start = NowMs();
+    const double cpuStart = FiguresOf(GetCurrentProcess()).cpuMs;
+    for (unsigned pause = 0; pause < kPauses; ++pause)
+    {
+        Sleep(1);
+    }
+    const double cpu = FiguresOf(GetCurrentProcess()).cpuMs - cpuStart;
+    return {(NowMs() - start) / kPauses, cpu / kPauses};
+}
+
+bool MeasureFloor(const CBenchMachine& machine, const Size& size, Cost& floor)
+{
+    std::vector<double> walls;
+    std::vector<double> cpus;
+    for (unsigned run = 0; run < 3; ++run)
+    {
+        const ProgramResult result =
+            RunProgram(BuildPath(L"bench\\listing_floor.exe"),
+                       L"\"" + machine.Folder() + L"\" " + std::to_wstring(size.floorRounds));
+        unsigned messages = 0;
+        double wall = 0;
+        double cpu = 0;
+        if (std::sscanf(result.output.c_str(), "%u %lf %lf", &messages, &wall, &cpu) != 3 ||
+            messages != size.appointments)
+        {
+            std::fprintf(
+                stderr, "The floor reads %u messages. %s\n", messages, result.errors.c_str());
+            return false;
+        }
+        walls.push_back(wall);
+        cpus.push_back(cpu);
+    }
+    floor = {MedianOf(walls), MedianOf(cpus)};
+    return true;
+}
+
+struct Listings
+{
+    std::vector<double> walls;
+    std::vector<double> cpus;
+    [[nodiscard]] Cost Figures() const { return {MedianOf(walls), MeanOf(cpus)}; }
+};
+
+/// Lists once and counts the server's processor time.
+bool ListOnce(CBenchSession& session, std::uint32_t wanted, Listings& listings)
+{
+    const double before = session.Server().cpuMs;
+    const double wall = session.List();
+    listings.walls.push_back(wall);
+    listings.cpus.push_back(session.Server().cpuMs - before);
+    if (session.Appointments() != wanted)
+    {
+        std::fprintf(
+            stderr, "The listing has %zu appointments, not %u.\n", session.Appointments(), wanted);
+        return false;
+    }
+    return true;
+}
+
+bool MeasureSize(const CBenchMachine& machine, const Size& size, const Cost& pause)
+{
+    SampleShape shape;
+    shape.messages = size.appointments;
+    shape.recurringEvery = 10;
+    shape.attendees = kAttendees;
+    machine.PutStore(shape);
+    Cost floor;
+    if (!MeasureFloor(machine, size, floor))
+    {
+        return false;
+    }
+    Listings first;
+    Listings again;
+    std::array<ProcessFigures, 3> memory;
+    std::size_t characters = 0;
+    for (unsigned run = 0; run < size.runs; ++run)
+    {
+        CBenchSession session;
+        if (!session.Start())
+        {
+            return false;
+        }
+        memory[0] = session.Server();
+        if (!ListOnce(session, size.appointments, first))
+        {
+            return false;
+        }
+        memory[1] = session.Server();
+        if (!ListOnce(session, size.appointments, again))
+        {
+            return false;
+        }
+        memory[2] = session.Server();
+        characters = session.Document().size();
+    }
+    const double pauses = size.appointments * kAttendees;
+    const double pauseCpu = pauses * pause.cpuMs;
+    const double work = first.Figures().cpuMs - pauseCpu;
+    std::printf("%u appointments, %u series among them, %zu characters; medians of %u servers:\n",
+                size.appointments,
+                size.appointments / 10,
+                characters,
+                size.runs);
+    std::printf("  first listing    %9.1f ms, of which %9.1f ms are %.0f pauses\n",
+                first.Figures().wallMs,
+                pauses * pause.wallMs,
+                pauses);
+    std::printf("  processor time   %9.1f ms, of which %9.1f ms are the pauses'; floor %9.1f ms; "
+                "beyond it %9.1f ms, %.2f of it\n",
+                first.Figures().cpuMs,
+                pauseCpu,
+                floor.cpuMs,
+                work - floor.cpuMs,
+                floor.cpuMs > 0 ? (work - floor.cpuMs) / floor.cpuMs : 0.0);
+    std::printf("  again            %9.1f ms, processor time %9.1f ms\n",
+                again.Figures().wallMs,
+                again.Figures().cpuMs);
+    std::printf(
+        "  working set      %9.0f KiB before, %9.0f KiB behind the first, %9.0f KiB behind the "
+        "second\n",
+        memory[0].workingSetKiB,
+        memory[1].workingSetKiB,
+        memory[2].workingSetKiB);
+    std::fflush(stdout);
+    return true;
+}
+
+/// A leak shows as a series that climbs to its end; the first listings fill the store and the heaps.
+bool MeasureRow(const CBenchMachine& machine)
+{
+    SampleShape shape;
+    shape.messages = 100;
+    shape.recurringEvery = 10;
+    shape.attendees = kAttendees;
+    machine.PutStore(shape);
+    CBenchSession session;
+    if (!session.Start())
+    {
+        return false;
+    }
+    std::printf(
+        "%u listings of 100 appointments in a row, working set and private memory in KiB:\n",
+        kInARow);
+    for (unsigned listing = 1; listing <= kInARow; ++listing)
+    {
+        session.List();
+        if (listing == 1 || listing % 100 == 0)
+        {
+            const ProcessFigures figures = session.Server();
+            std::printf("  %5u %9.0f %9.0f\n", listing, figures.workingSetKiB, figures.privateKiB);
+            std::fflush(stdout);
+        }
+    }
+    return true;
+}
+
+} // namespace
+
+int wmain()
+{
+    // Keeps the desktop, and is the frame window that the server looks for between two sessions.
+    dtclient::CClientFrame frame;
+    if (FAILED(frame.Create()))
+    {
+        return 1;
+    }
+    const CBenchMachine machine;
+    const Cost pause = OnePause();
+    std::printf("One pause: %.3f ms, processor time %.4f ms.\n", pause.wallMs, pause.cpuMs);
+    for (const Size& size : kSizes)
+    {
+        if (!MeasureSize(machine, size, pause))
+        {
+            return 1;
+        }
+    }
+    return MeasureRow(machine) ? 0 : 1;
+}
