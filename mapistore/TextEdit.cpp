@@ -1,6 +1,7 @@
 #include "TextEdit.h"
 
 #include <algorithm>
+#include <tuple>
 
 namespace mapistore
 {
@@ -156,7 +157,7 @@ void CTextEdit::MoveAll(TextRange& range) const
 std::string CTextEdit::Finish()
 {
     std::sort(m_splices.begin(), m_splices.end(), [](const Splice& left, const Splice& right) {
-        return left.begin < right.begin;
+        return std::tie(left.begin, left.end) < std::tie(right.begin, right.end);
     });
     CountMoves();
     std::string result;

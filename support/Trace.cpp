@@ -1,9 +1,13 @@
 #include "Trace.h"
 
+#include <algorithm>
 #include <atomic>
+#include <charconv>
 #include <cstdarg>
 #include <cstdio>
 #include <cstring>
+#include <iterator>
+#include <string_view>
 
 #ifdef _WIN32
 #include <windows.h>
@@ -16,6 +20,25 @@ constexpr std::size_t kLineBytes = 4096; // with the terminator
 constexpr const char* kHeartbeatText = "##dtOIEx##process##exist##";
 
 std::atomic<ITraceRoute*> g_route{nullptr};
+
+/// As much of a text as fits before `end`.
+char* Put(char* out, char* end, std::string_view text) noexcept
+{
+    return std::copy_n(text.data(), std::min<std::ptrdiff_t>(std::ssize(text), end - out), out);
+}
+
+/// A name that its caller left out, as printf would show it.
+std::string_view NameOf(const char* text) noexcept
+{
+    return text != nullptr ? text : "(null)";
+}
+
+char* PutNumber(char* out, char* end, int number) noexcept
+{
+    char digits[16];
+    char* const behind = std::to_chars(digits, digits + sizeof digits, number).ptr;
+    return Put(out, end, {digits, static_cast<std::size_t>(behind - digits)});
+}
 
 } // namespace
 
@@ -43,17 +66,26 @@ extern "C" void SendTrace(TL_SDK::TLLoggerLevel level,
     ITraceRoute* const route = g_route.load();
     if (route != nullptr && route->IsOpen())
     {
-        char message[kLineBytes];
+        // The head is put together by hand and the message printed behind it: printing each line
+        // twice would cost more than all else. Cut at the room's end, the line is the same.
+        char text[kLineBytes];
+        char* const end = text + sizeof text - 1;
+        char* out = text;
+        out = Put(out, end, "[");
+        out = Put(out, end, NameOf(file));
+        out = Put(out, end, ":");
+        out = PutNumber(out, end, line);
+        out = Put(out, end, "][");
+        out = Put(out, end, NameOf(function));
+        out = Put(out, end, "]:");
+        *out = '\0';
         va_list arguments;
         va_start(arguments, format);
-        if (std::vsnprintf(message, sizeof message, format, arguments) < 0)
+        if (std::vsnprintf(out, static_cast<std::size_t>(end - out) + 1, format, arguments) < 0)
         {
-            message[0] = '\0';
+            *out = '\0';
         }
         va_end(arguments);
-
-        char text[kLineBytes];
-        std::snprintf(text, sizeof text, "[%s:%d][%s]:%s", file, line, function, message);
         if (std::strstr(text, kHeartbeatText) != nullptr)
         {
             route->SendHeartbeat(text);

@@ -7,6 +7,7 @@ namespace tlvtrace
 {
 namespace
 {
+constexpr unsigned kFailureCode = 8;
 constexpr std::string_view kContinued = "(continued) ";
 
 bool IsAscii(std::string_view text)
@@ -19,7 +20,8 @@ bool IsAscii(std::string_view text)
 // Apart from its caller, so that the common case does not pay for the buffers on its stack.
 __attribute__((noinline)) void AddConverted(CTraceQueue& queue,
                                             std::string_view head,
-                                            std::string_view body)
+                                            std::string_view body,
+                                            bool hurry)
 {
     std::array<wchar_t, kMaxText> wide;
     std::array<char, 3 * kMaxText> utf8;
@@ -37,7 +39,8 @@ __attribute__((noinline)) void AddConverted(CTraceQueue& queue,
                                           static_cast<int>(utf8.size()),
                                           nullptr,
                                           nullptr);
-    queue.Add(head, std::string_view(utf8.data(), static_cast<std::size_t>(std::max(bytes, 0))));
+    queue.Add(
+        head, std::string_view(utf8.data(), static_cast<std::size_t>(std::max(bytes, 0))), hurry);
 }
 } // namespace
 
@@ -62,13 +65,15 @@ void CTraceLibrary::Write(const TraceRecord& record) noexcept
         TlsSetValue(m_continuedSlot, EndsLine(record) ? nullptr : this);
     }
     const std::string_view body = BodyOf(record);
+    // A failure may be the last thing that this process tells.
+    const bool hurry = record.code == kFailureCode;
     if (IsAscii(body))
     {
-        m_queue.Add(std::string_view(head, length), body);
+        m_queue.Add(std::string_view(head, length), body, hurry);
     }
     else
     {
-        AddConverted(m_queue, std::string_view(head, length), body);
+        AddConverted(m_queue, std::string_view(head, length), body, hurry);
     }
     SetLastError(lastError);
 }

@@ -128,10 +128,11 @@ bool CTraceQueue::WaitForRoom(std::size_t cbLine) noexcept
     return HasRoom(cbLine);
 }
 
-void CTraceQueue::Add(std::string_view head, std::string_view body) noexcept
+void CTraceQueue::Add(std::string_view head, std::string_view body, bool hurry) noexcept
 {
     // Every letter of the body may become two.
     const std::size_t cbMost = head.size() + 2 * body.size() + kLineEnd.size();
+    bool wake = false;
     {
         const CExclusive hold(m_lock);
         if (!HasRoom(cbMost) && !WaitForRoom(cbMost))
@@ -142,8 +143,30 @@ void CTraceQueue::Add(std::string_view head, std::string_view body) noexcept
         }
         AppendOneLine(m_filling.text, head, body);
         ++m_filling.lines;
+        // The writer sleeps for a first line, and then lets others gather.
+        const bool fills = m_filling.text.size() >= m_limits.cbBuffer / 2;
+        wake = m_filling.lines == 1 || ((hurry || fills) && !m_hurry);
+        m_hurry = m_hurry || hurry || fills;
     }
-    WakeConditionVariable(&m_work);
+    if (wake)
+    {
+        WakeConditionVariable(&m_work);
+    }
+}
+
+// Called and left with m_lock held.
+void CTraceQueue::Gather() noexcept
+{
+    const ULONGLONG end = GetTickCount64() + m_limits.gatherMs;
+    while (!m_stopping && !m_hurry)
+    {
+        const ULONGLONG now = GetTickCount64();
+        if (now >= end ||
+            SleepConditionVariableSRW(&m_work, &m_lock, static_cast<DWORD>(end - now), 0) == 0)
+        {
+            return;
+        }
+    }
 }
 
 DWORD WINAPI CTraceQueue::WriterProc(void* self) noexcept
@@ -167,8 +190,10 @@ void CTraceQueue::WriteLoop() noexcept
             {
                 return;
             }
+            Gather();
             std::swap(m_filling, m_writing);
             m_busy = true;
+            m_hurry = false;
             lost = std::exchange(m_untold, 0);
         }
         WakeAllConditionVariable(&m_progress);
@@ -205,6 +230,11 @@ bool CTraceQueue::WaitUntilWritten(DWORD timeoutMs) noexcept
     const CExclusive hold(m_lock);
     while (m_busy || m_filling.lines != 0)
     {
+        if (m_filling.lines != 0 && !m_hurry)
+        {
+            m_hurry = true;
+            WakeConditionVariable(&m_work);
+        }
         const ULONGLONG now = GetTickCount64();
         if (now >= end ||
             SleepConditionVariableSRW(&m_progress, &m_lock, static_cast<DWORD>(end - now), 0) == 0)

@@ -28,6 +28,7 @@ struct QueueLimits
 {
     std::size_t cbBuffer = std::size_t{512} * 1024; ///< Each of the two buffers.
     DWORD fullWaitMs = 20;
+    DWORD gatherMs = 20; ///< How long the writer lets lines gather before it opens the file.
 };
 
 /// Takes lines from any thread at the cost of a copy, and writes them on a thread of its own.
@@ -36,6 +37,9 @@ struct QueueLimits
 /// grows. A line that finds the buffer full waits a moment for room; if the disk still hangs, it is
 /// dropped, and so is every later one at once until the disk moves again. What was dropped is counted,
 /// and the count stands in the file where the lines are missing.
+///
+/// Opening, writing and closing the file costs as much as some hundred lines, so lines gather for a
+/// moment first, unless one says that it hurries, the buffer fills, or somebody waits for the writing.
 ///
 /// Owner:  borrows the store, which outlives the queue.
 /// Thread: Add and WaitUntilWritten from any thread; Stop and DrainAtExit from one.
@@ -50,8 +54,9 @@ public:
     /// Starts the writer. Without it lines are kept until the buffer is full, then dropped.
     bool Start();
 
-    /// Adds "head body" as one line: line ends within the body are written as "\r" and "\n".
-    void Add(std::string_view head, std::string_view body) noexcept;
+    /// Adds "head body" as one line: line ends within the body are written as "\r" and "\n". With
+    /// `hurry` it does not wait for others.
+    void Add(std::string_view head, std::string_view body, bool hurry = false) noexcept;
 
     /// Waits until every line added before is written or counted as lost.
     /// Errors: false when that takes longer.
@@ -77,6 +82,7 @@ private:
     static DWORD WINAPI WriterProc(void* self) noexcept;
     void WriteLoop() noexcept;
     void WriteBatch(std::uint64_t lost) noexcept;
+    void Gather() noexcept;
     [[nodiscard]] bool HasRoom(std::size_t cbLine) const;
     bool WaitForRoom(std::size_t cbLine) noexcept;
 
@@ -91,6 +97,7 @@ private:
     Buffer m_writing; // the writer's own while m_busy is set
     bool m_busy = false;
     bool m_stopping = false;
+    bool m_hurry = false;       // what waits is to be written at once
     bool m_stalled = false;     // a caller has waited in vain since the last progress
     std::uint64_t m_untold = 0; // lost lines whose count is not in the file yet
     std::uint64_t m_lost = 0;

@@ -104,6 +104,13 @@ bool CBenchSession::Start()
     return m_process != nullptr;
 }
 
+ProcessFigures CBenchSession::Server() const
+{
+    ProcessFigures figures = FiguresOf(m_process);
+    figures.cpuMs = CpuMsOf(m_process, BuildPath(L"dtOIEx64.exe"));
+    return figures;
+}
+
 double CBenchSession::List()
 {
     const dtclient::ListWindow week{{2026, 11, 2, 0, 0, 0}, {2026, 11, 7, 0, 0, 0}};

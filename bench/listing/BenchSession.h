@@ -49,7 +49,7 @@ public:
     [[nodiscard]] const std::wstring& Document() const { return m_document; }
     [[nodiscard]] std::size_t Appointments() const;
 
-    [[nodiscard]] ProcessFigures Server() const { return FiguresOf(m_process); }
+    [[nodiscard]] ProcessFigures Server() const;
     dtclient::CServerSession& Session() { return *m_session; }
 
 private:

@@ -165,7 +165,7 @@ struct Branch
 
 } // namespace
 
-CFloorReader::CFloorReader(const std::wstring& storeFolder)
+CFloorReader::CFloorReader(const std::wstring& storeFolder, bool pauses) : m_pauses(pauses)
 {
     MapiStoreConfigure(L"Folder", storeFolder.c_str());
     MAPIINIT_0 init{MAPI_INIT_VERSION, MAPI_MULTITHREAD_NOTIFICATIONS};
@@ -325,6 +325,10 @@ bool CFloorReader::ReadMessage(IMessage* message)
     Require(recipients->GetRowCount(0, &count), "GetRowCount");
     CRows rows;
     Require(recipients->QueryRows(static_cast<LONG>(count), 0, rows.Put()), "QueryRows");
+    for (ULONG row = 0; m_pauses && row < rows.Count(); ++row)
+    {
+        Sleep(1);
+    }
     return isSeries;
 }
 

@@ -5,14 +5,14 @@
 #include "StoreFixture.h"
 
 /// Reads what a listing reads, through the same calls in the same order, and does nothing with it: no
-/// records, no traces, no pauses, no document.
+/// records, no traces, no document; and the server's pauses behind each recipient only when it is told to.
 ///
 /// Errors: ends the process, with a line on standard error, when a call fails that has to succeed.
 class CFloorReader
 {
 public:
     /// Logs on and opens the calendar's table: not part of a listing.
-    explicit CFloorReader(const std::wstring& storeFolder);
+    CFloorReader(const std::wstring& storeFolder, bool pauses);
     CFloorReader(const CFloorReader&) = delete;
     CFloorReader& operator=(const CFloorReader&) = delete;
     ~CFloorReader();
@@ -27,6 +27,7 @@ private:
     void ReadSeries(IMessage* message);
     void ReadInstance(const SBinary& entryId);
 
+    bool m_pauses;
     mapitest::SessionRef m_session;
     mapitest::StoreRef m_store;
     mapitest::FolderRef m_folder;

@@ -51,21 +51,11 @@ double MeanOf(const std::vector<double>& values)
     return values.empty() ? 0 : sum / static_cast<double>(values.size());
 }
 
-/// What the server pauses behind one attendee.
-Cost OnePause()
-{
-    constexpr unsigned kPauses = 3000;
-    const double start = NowMs();
-    const double cpuStart = FiguresOf(GetCurrentProcess()).cpuMs;
-    for (unsigned pause = 0; pause < kPauses; ++pause)
-    {
-        Sleep(1);
-    }
-    const double cpu = FiguresOf(GetCurrentProcess()).cpuMs - cpuStart;
-    return {(NowMs() - start) / kPauses, cpu / kPauses};
-}
-
-bool MeasureFloor(const CBenchMachine& machine, const Size& size, Cost& floor)
+bool MeasureFloor(const CBenchMachine& machine,
+                  const Size& size,
+                  unsigned rounds,
+                  const wchar_t* how,
+                  Cost& floor)
 {
     std::vector<double> walls;
     std::vector<double> cpus;
@@ -73,7 +63,7 @@ bool MeasureFloor(const CBenchMachine& machine, const Size& size, Cost& floor)
     {
         const ProgramResult result =
             RunProgram(BuildPath(L"bench\\listing_floor.exe"),
-                       L"\"" + machine.Folder() + L"\" " + std::to_wstring(size.floorRounds));
+                       L"\"" + machine.Folder() + L"\" " + std::to_wstring(rounds) + how);
         unsigned messages = 0;
         double wall = 0;
         double cpu = 0;
@@ -114,15 +104,19 @@ bool ListOnce(CBenchSession& session, std::uint32_t wanted, Listings& listings)
     return true;
 }
 
-bool MeasureSize(const CBenchMachine& machine, const Size& size, const Cost& pause)
+bool MeasureSize(const CBenchMachine& machine, const Size& size)
 {
     SampleShape shape;
     shape.messages = size.appointments;
     shape.recurringEvery = 10;
     shape.attendees = kAttendees;
     machine.PutStore(shape);
+    // What the pauses cost is what they add to the floor: behind each of them the processor has forgotten
+    // much of what it had at hand.
     Cost floor;
-    if (!MeasureFloor(machine, size, floor))
+    Cost paused;
+    if (!MeasureFloor(machine, size, size.floorRounds, L"", floor) ||
+        !MeasureFloor(machine, size, 1 + 1000 / size.appointments, L" pauses", paused))
     {
         return false;
     }
@@ -150,17 +144,17 @@ bool MeasureSize(const CBenchMachine& machine, const Size& size, const Cost& pau
         memory[2] = session.Server();
         characters = session.Document().size();
     }
-    const double pauses = size.appointments * kAttendees;
-    const double pauseCpu = pauses * pause.cpuMs;
+    const unsigned pauses = size.appointments * kAttendees;
+    const double pauseCpu = paused.cpuMs - floor.cpuMs;
     const double work = first.Figures().cpuMs - pauseCpu;
     std::printf("%u appointments, %u series among them, %zu characters; medians of %u servers:\n",
                 size.appointments,
                 size.appointments / 10,
                 characters,
                 size.runs);
-    std::printf("  first listing    %9.1f ms, of which %9.1f ms are %.0f pauses\n",
+    std::printf("  first listing    %9.1f ms, of which %9.1f ms are %u pauses\n",
                 first.Figures().wallMs,
-                pauses * pause.wallMs,
+                paused.wallMs - floor.wallMs,
                 pauses);
     std::printf("  processor time   %9.1f ms, of which %9.1f ms are the pauses'; floor %9.1f ms; "
                 "beyond it %9.1f ms, %.2f of it\n",
@@ -222,11 +216,9 @@ int wmain()
         return 1;
     }
     const CBenchMachine machine;
-    const Cost pause = OnePause();
-    std::printf("One pause: %.3f ms, processor time %.4f ms.\n", pause.wallMs, pause.cpuMs);
     for (const Size& size : kSizes)
     {
-        if (!MeasureSize(machine, size, pause))
+        if (!MeasureSize(machine, size))
         {
             return 1;
         }

@@ -1,5 +1,6 @@
-// listing_floor FOLDER ROUNDS: reads the first week of the sample store so often and prints, in one line,
-// messages, milliseconds and milliseconds of processor time a round.
+// listing_floor FOLDER ROUNDS [pauses]: reads the first week of the sample store so often, with the server's
+// pauses if they are asked for, and prints, in one line, messages, milliseconds and milliseconds of processor
+// time a round.
 #include <windows.h>
 
 #include <cstdio>
@@ -10,13 +11,13 @@
 
 int wmain(int argc, wchar_t** argv)
 {
-    if (argc != 3)
+    if (argc != 3 && argc != 4)
     {
-        std::fputs("usage: listing_floor FOLDER ROUNDS\n", stderr);
+        std::fputs("usage: listing_floor FOLDER ROUNDS [pauses]\n", stderr);
         return 2;
     }
     const unsigned long rounds = std::wcstoul(argv[2], nullptr, 10);
-    CFloorReader reader(argv[1]);
+    CFloorReader reader(argv[1], argc == 4);
     unsigned messages = 0;
     const double start = NowMs();
     const double cpuStart = FiguresOf(GetCurrentProcess()).cpuMs;

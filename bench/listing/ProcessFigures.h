@@ -2,6 +2,8 @@
 
 #include <windows.h>
 
+#include <string>
+
 /// Processor time and memory of a process, this one or another.
 struct ProcessFigures
 {
@@ -11,6 +13,10 @@ struct ProcessFigures
 };
 
 ProcessFigures FiguresOf(HANDLE process);
+
+/// The processor time of another process, in milliseconds. Wine gives every process its caller's own, so
+/// there it is taken from the host system, by the path of the program.
+double CpuMsOf(HANDLE process, const std::wstring& program);
 
 /// Milliseconds of some steady clock.
 double NowMs();
