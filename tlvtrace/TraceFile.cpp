@@ -2,8 +2,10 @@
 
 #include <shlobj.h>
 
+#include <algorithm>
 #include <array>
 #include <cstdio>
+#include <exception>
 #include <utility>
 
 namespace tlvtrace
@@ -13,6 +15,8 @@ namespace
 // Longer than any write of a buffer takes on a disk that works.
 constexpr DWORD kTurnWaitMs = 5000;
 constexpr std::uint64_t kStuckFactor = 4;
+// What other processes may have appended behind the lines that are looked for.
+constexpr std::uint64_t kLookBack = 1024 * 1024;
 
 // The mutex is named after the file, so that programs with different files do not wait for each other.
 std::wstring TurnName(const std::wstring& path)
@@ -43,6 +47,39 @@ bool WriteAll(HANDLE file, std::string_view lines)
         lines.remove_prefix(cbWritten);
     }
     return true;
+}
+// Whether the end of a file has the lines in it.
+bool EndHolds(const std::wstring& path, std::string_view lines)
+{
+    HANDLE file = CreateFileW(path.c_str(),
+                              GENERIC_READ,
+                              FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
+                              nullptr,
+                              OPEN_EXISTING,
+                              FILE_ATTRIBUTE_NORMAL,
+                              nullptr);
+    if (file == INVALID_HANDLE_VALUE)
+    {
+        return false;
+    }
+    std::string end;
+    LARGE_INTEGER size{};
+    if (GetFileSizeEx(file, &size) != 0)
+    {
+        const auto cbFile = static_cast<std::uint64_t>(size.QuadPart);
+        end.resize(static_cast<std::size_t>(std::min(cbFile, kLookBack + lines.size())));
+        LARGE_INTEGER from{};
+        from.QuadPart = static_cast<LONGLONG>(cbFile - end.size());
+        DWORD cbRead = 0;
+        if (SetFilePointerEx(file, from, nullptr, FILE_BEGIN) == 0 ||
+            ReadFile(file, end.data(), static_cast<DWORD>(end.size()), &cbRead, nullptr) == 0)
+        {
+            cbRead = 0;
+        }
+        end.resize(cbRead);
+    }
+    CloseHandle(file);
+    return end.find(lines) != std::string::npos;
 }
 } // namespace
 
@@ -146,5 +183,18 @@ bool CTraceFile::Append(std::string_view lines) noexcept
         ReleaseMutex(m_turn);
     }
     return written;
+}
+
+bool CTraceFile::Holds(std::string_view lines) noexcept
+{
+    try
+    {
+        // Another process may have rotated the file meanwhile.
+        return EndHolds(PathOf(0), lines) || EndHolds(PathOf(1), lines);
+    }
+    catch (const std::exception&)
+    {
+        return false;
+    }
 }
 } // namespace tlvtrace

@@ -39,6 +39,9 @@ public:
 
     bool Append(std::string_view lines) noexcept override;
 
+    /// Looks through the last megabyte of the file, and of the one before it.
+    bool Holds(std::string_view lines) noexcept override;
+
 private:
     [[nodiscard]] std::wstring PathOf(unsigned age) const;
     [[nodiscard]] HANDLE Open() const noexcept;

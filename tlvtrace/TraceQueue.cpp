@@ -252,9 +252,9 @@ void CTraceQueue::DrainAtExit() noexcept
     {
         return;
     }
-    if (m_busy)
+    // The writer was ended in the middle: it may have written its lines, and not come to say so.
+    if (m_busy && !m_store.Holds(m_writing.text))
     {
-        // The writer was ended in the middle: a line twice is better than a line missing.
         static_cast<void>(m_store.Append(m_writing.text));
     }
     if (m_untold != 0)

@@ -21,6 +21,10 @@ public:
     /// Appends whole lines. May take as long as the disk takes.
     /// Errors: false when nothing of them was written.
     virtual bool Append(std::string_view lines) noexcept = 0;
+
+    /// Whether just these lines, one behind the other, were appended lately.
+    /// Errors: false when that cannot be told.
+    virtual bool Holds(std::string_view lines) noexcept = 0;
 };
 
 /// How much a queue holds and how long a full one makes its caller wait.

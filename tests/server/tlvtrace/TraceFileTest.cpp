@@ -44,6 +44,23 @@ TEST(TraceFile, FolderAndFileAreMadeByTheFirstAppend)
     EXPECT_EQ(ContentOf(Current(folder)), "one\r\ntwo\r\n");
 }
 
+TEST(TraceFile, HoldsWhatWasAppendedLatelyAlsoBehindARotationAndOtherLines)
+{
+    const CTraceFolder folder;
+    CTraceFile file(folder.Path(), L"strato-mapi", {20, 2});
+    EXPECT_FALSE(file.Holds("one\r\ntwo\r\n")); // no file yet
+
+    ASSERT_TRUE(file.Append("one\r\ntwo\r\n"));
+    EXPECT_TRUE(file.Holds("one\r\ntwo\r\n"));
+    EXPECT_FALSE(file.Holds("two\r\none\r\n"));
+    ASSERT_TRUE(file.Append("other\r\n"));
+    EXPECT_TRUE(file.Holds("one\r\ntwo\r\n"));
+    ASSERT_TRUE(file.Append("a line that rotates\r\n"));
+    EXPECT_TRUE(file.Holds("one\r\ntwo\r\n"));
+    ASSERT_TRUE(file.Append("a line that rotates\r\n"));
+    EXPECT_FALSE(file.Holds("one\r\ntwo\r\n")); // two files ago
+}
+
 TEST(TraceFile, AFileThatWouldGrowTooLargeIsRenamedFirst)
 {
     const CTraceFolder folder;

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <mutex>
 #include <sstream>
 #include <string>
@@ -21,27 +22,47 @@ class CTestStore final : public tlvtrace::ITraceStore
 public:
     CTestStore()
         : m_open(CreateEventW(nullptr, TRUE, TRUE, nullptr)),
-          m_entered(CreateEventW(nullptr, FALSE, FALSE, nullptr))
+          m_entered(CreateEventW(nullptr, FALSE, FALSE, nullptr)),
+          m_letGo(CreateEventW(nullptr, TRUE, FALSE, nullptr))
     {
     }
     ~CTestStore() override
     {
         CloseHandle(m_open);
         CloseHandle(m_entered);
+        CloseHandle(m_letGo);
     }
 
     bool Append(std::string_view lines) noexcept override
     {
-        SetEvent(m_entered);
-        WaitForSingleObject(m_open, kPatienceMs);
-        const std::scoped_lock hold(m_textLock);
-        if (m_refuse)
+        const bool stays = m_keepNext.exchange(false);
+        if (!stays || m_keepBefore)
         {
-            return false;
+            SetEvent(m_entered);
+            WaitForSingleObject(stays ? m_letGo : m_open, kPatienceMs);
         }
-        m_text += lines;
-        return true;
+        const bool taken = Take(lines);
+        if (stays && !m_keepBefore)
+        {
+            SetEvent(m_entered);
+            WaitForSingleObject(m_letGo, kPatienceMs);
+        }
+        return taken;
     }
+
+    bool Holds(std::string_view lines) noexcept override
+    {
+        const std::scoped_lock hold(m_textLock);
+        return m_text.find(lines) != std::string::npos;
+    }
+
+    // Keeps the next caller before or behind its writing, and no other, until LetGo.
+    void KeepNext(bool before)
+    {
+        m_keepBefore = before;
+        m_keepNext = true;
+    }
+    void LetGo() { SetEvent(m_letGo); }
 
     void Hang() { ResetEvent(m_open); }
     void GoOn() { SetEvent(m_open); }
@@ -60,8 +81,22 @@ public:
     }
 
 private:
+    bool Take(std::string_view lines)
+    {
+        const std::scoped_lock hold(m_textLock);
+        if (m_refuse)
+        {
+            return false;
+        }
+        m_text += lines;
+        return true;
+    }
+
     HANDLE m_open;
     HANDLE m_entered;
+    HANDLE m_letGo;
+    std::atomic<bool> m_keepNext = false;
+    std::atomic<bool> m_keepBefore = false;
     std::mutex m_textLock; // guards the two below
     std::string m_text;
     bool m_refuse = false;
@@ -247,4 +282,37 @@ TEST(TraceQueue, TheEndOfAProcessWritesWhatNoWriterTook)
 
     EXPECT_EQ(store.Text().rfind(kHundred + "\r\n", 0), 0U);
     EXPECT_NE(store.Text().find("trace lines lost here"), std::string::npos);
+}
+
+// The system ends the writer wherever it stands; here it is kept there.
+TEST(TraceQueue, TheEndOfAProcessDoesNotWriteAgainWhatTheWriterHasWritten)
+{
+    CTestStore store;
+    CTraceQueue queue(store, QueueLimits{});
+    store.KeepNext(false);
+    ASSERT_TRUE(queue.Start());
+    queue.Add("", "one");
+    ASSERT_TRUE(store.WaitUntilEntered());
+    queue.Add("", "two");
+
+    queue.DrainAtExit();
+
+    EXPECT_EQ(store.Text(), "one\r\ntwo\r\n");
+    store.LetGo();
+}
+
+TEST(TraceQueue, TheEndOfAProcessWritesWhatTheWriterHadInHandAndDidNotWrite)
+{
+    CTestStore store;
+    CTraceQueue queue(store, QueueLimits{});
+    store.KeepNext(true);
+    ASSERT_TRUE(queue.Start());
+    queue.Add("", "one");
+    ASSERT_TRUE(store.WaitUntilEntered());
+    queue.Add("", "two");
+
+    queue.DrainAtExit();
+
+    EXPECT_EQ(store.Text(), "one\r\ntwo\r\n");
+    store.LetGo();
 }
