@@ -2,6 +2,7 @@
 
 #include <objbase.h>
 
+#include "Activation.h"
 #include "ResultAdvice.h"
 
 namespace dtclient
@@ -14,6 +15,17 @@ CStepResult CallFailed(const std::string& tried, HRESULT hr)
 {
     const auto code = static_cast<std::uint32_t>(hr);
     return CStepResult::Failed(FailureText(tried, code, AdviceForCall(code)));
+}
+
+HRESULT CreateServer(const CLSID& clsid, CComRef<IMapiDtClient>& server)
+{
+    constexpr DWORD kPauseMs = 500;
+    return static_cast<HRESULT>(CreateBehindAnEndingServer(
+        [&] {
+            return static_cast<std::uint32_t>(CoCreateInstance(
+                clsid, nullptr, CLSCTX_LOCAL_SERVER, IID_IMapiDtClient, server.PutVoid()));
+        },
+        [] { Sleep(kPauseMs); }));
 }
 
 // The server takes the machine's local time, written as a FILETIME without conversion.
@@ -69,9 +81,7 @@ CStepResult CServerSession::Open()
     {
         return CallFailed("Looking up the class \"dtOIEx64.MapiClient\"", hr);
     }
-    if (const HRESULT hr = CoCreateInstance(
-            clsid, nullptr, CLSCTX_LOCAL_SERVER, IID_IMapiDtClient, m_server.PutVoid());
-        FAILED(hr))
+    if (const HRESULT hr = CreateServer(clsid, m_server); FAILED(hr))
     {
         return CallFailed("Starting the server \"dtOIEx64.MapiClient\"", hr);
     }

@@ -187,7 +187,9 @@ RegistryListing WithoutThirtyTwoBit(const RegistryListing& listing)
 
 DWORD RunServer(const std::wstring& arguments)
 {
-    return RunProgram(ServerPath(), arguments).exitCode;
+    const ProgramResult result = RunProgram(ServerPath(), arguments);
+    EXPECT_EQ(result.errors, "") << "of the server itself nothing is written there";
+    return result.exitCode;
 }
 
 void RegistrationTest::SetUp()

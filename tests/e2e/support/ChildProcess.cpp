@@ -213,6 +213,7 @@ std::string ReadFromStart(HANDLE file)
 ProgramResult RunProgram(const std::wstring& program, const std::wstring& arguments)
 {
     ProgramResult result;
+    std::string notStarted;
     HANDLE errors = MakeErrorFile();
     {
         CChildProcess child;
@@ -221,8 +222,12 @@ ProgramResult RunProgram(const std::wstring& program, const std::wstring& argume
             result.output = child.ReadRest();
             result.exitCode = child.Wait();
         }
+        else
+        {
+            notStarted = "the program did not start, error " + std::to_string(GetLastError());
+        }
     }
-    result.errors = ReadFromStart(errors);
+    result.errors = notStarted + ReadFromStart(errors);
     CloseHandle(errors);
     return result;
 }
