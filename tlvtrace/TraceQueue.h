@@ -32,7 +32,8 @@ struct QueueLimits
 {
     std::size_t cbBuffer = std::size_t{512} * 1024; ///< Each of the two buffers.
     DWORD fullWaitMs = 20;
-    DWORD gatherMs = 20; ///< How long the writer lets lines gather before it opens the file.
+    /// How long the writer lets lines gather before it opens the file. Short: a crash copies the file.
+    DWORD gatherMs = 3;
 };
 
 /// Takes lines from any thread at the cost of a copy, and writes them on a thread of its own.
