@@ -1,16 +1,24 @@
 // One listing of 100, 1,000 and 2,000 appointments, a tenth of them series and five attendees each, from
 // the call to the event over COM: with a fresh server, and again from what it holds by then. Beside it the
 // floor, a bare reading of the same messages through the same calls; and apart, the pauses that the server
-// makes for the mail client's sake, one behind each attendee. Then a thousand listings in a row.
+// makes for the mail client's sake, one behind each attendee, and an event with as long a text from a bare
+// COM server. Then a thousand listings in a row.
+//
+// listing_bench [APPOINTMENTS]: with a number, that size alone.
 #include <windows.h>
+
+#include <objbase.h>
 
 #include <algorithm>
 #include <array>
 #include <cstdio>
+#include <cwchar>
+#include <optional>
 #include <vector>
 
 #include "BenchSession.h"
 #include "ChildProcess.h"
+#include "EventFloor.h"
 
 namespace
 {
@@ -146,7 +154,12 @@ bool MeasureSize(const CBenchMachine& machine, const Size& size)
     }
     const unsigned pauses = size.appointments * kAttendees;
     const double pauseCpu = paused.cpuMs - floor.cpuMs;
-    const double work = first.Figures().cpuMs - pauseCpu;
+    const std::optional<EventCost> event = MeasureEventFloor(characters, size.runs);
+    if (!event)
+    {
+        return false;
+    }
+    const double beyond = first.Figures().cpuMs - pauseCpu - event->cpuMs - floor.cpuMs;
     std::printf("%u appointments, %u series among them, %zu characters; medians of %u servers:\n",
                 size.appointments,
                 size.appointments / 10,
@@ -156,13 +169,18 @@ bool MeasureSize(const CBenchMachine& machine, const Size& size)
                 first.Figures().wallMs,
                 paused.wallMs - floor.wallMs,
                 pauses);
-    std::printf("  processor time   %9.1f ms, of which %9.1f ms are the pauses'; floor %9.1f ms; "
-                "beyond it %9.1f ms, %.2f of it\n",
+    std::printf(
+        "  a bare event     %9.1f ms: as long a text from a server that does nothing else\n",
+        event->wallMs);
+    std::printf("  processor time   %9.1f ms, of which %9.1f ms are the pauses' and %9.1f ms a "
+                "bare event's; "
+                "floor %9.1f ms; beyond these %9.1f ms, %.2f of the floor\n",
                 first.Figures().cpuMs,
                 pauseCpu,
+                event->cpuMs,
                 floor.cpuMs,
-                work - floor.cpuMs,
-                floor.cpuMs > 0 ? (work - floor.cpuMs) / floor.cpuMs : 0.0);
+                beyond,
+                floor.cpuMs > 0 ? beyond / floor.cpuMs : 0.0);
     std::printf("  again            %9.1f ms, processor time %9.1f ms\n",
                 again.Figures().wallMs,
                 again.Figures().cpuMs);
@@ -207,21 +225,26 @@ bool MeasureRow(const CBenchMachine& machine)
 
 } // namespace
 
-int wmain()
+int wmain(int argc, wchar_t** argv)
 {
     // Keeps the desktop, and is the frame window that the server looks for between two sessions.
     dtclient::CClientFrame frame;
-    if (FAILED(frame.Create()))
+    if (FAILED(CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED)) || FAILED(frame.Create()))
     {
         return 1;
     }
+    const unsigned long wanted = argc == 2 ? std::wcstoul(argv[1], nullptr, 10) : 0;
     const CBenchMachine machine;
     for (const Size& size : kSizes)
     {
+        if (wanted != 0 && wanted != size.appointments)
+        {
+            continue;
+        }
         if (!MeasureSize(machine, size))
         {
             return 1;
         }
     }
-    return MeasureRow(machine) ? 0 : 1;
+    return wanted != 0 || MeasureRow(machine) ? 0 : 1;
 }
