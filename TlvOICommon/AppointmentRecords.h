@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <map>
+#include <memory>
 #include <vector>
 
 #include "BinaryBlock.h"
@@ -68,3 +69,9 @@ struct MeetingInfo
     MapiItemRef itemRef;
     WString m_strUCCapabilities;
 };
+
+/// An appointment as the data store keeps it and listings show it: shared, since a copy of its many texts
+/// costs as much as reading them.
+///
+/// Owner:  everybody who holds it. Thread: any; it never changes.
+using SharedMeeting = std::shared_ptr<const MeetingInfo>;

@@ -71,6 +71,29 @@ void WriteAppointment(Document& document, const MeetingInfo& meeting)
     document.template Close<"appointment">();
 }
 
+const MeetingInfo& RecordOf(const MeetingInfo& meeting) noexcept
+{
+    return meeting;
+}
+
+const MeetingInfo& RecordOf(const SharedMeeting& meeting) noexcept
+{
+    return *meeting;
+}
+
+template <typename Meeting>
+WString BuildAppointments(std::span<const Meeting> meetings)
+{
+    return BuildDocument([&](auto& document) {
+        document.template Open<"appointments">();
+        for (const Meeting& meeting : meetings)
+        {
+            WriteAppointment(document, RecordOf(meeting));
+        }
+        document.template Close<"appointments">();
+    });
+}
+
 } // namespace
 
 WString BuildAppointmentXml(const MeetingInfo& meeting)
@@ -80,12 +103,10 @@ WString BuildAppointmentXml(const MeetingInfo& meeting)
 
 WString BuildAppointmentsXml(std::span<const MeetingInfo> meetings)
 {
-    return BuildDocument([&](auto& document) {
-        document.template Open<"appointments">();
-        for (const MeetingInfo& meeting : meetings)
-        {
-            WriteAppointment(document, meeting);
-        }
-        document.template Close<"appointments">();
-    });
+    return BuildAppointments(meetings);
+}
+
+WString BuildSharedAppointmentsXml(std::span<const SharedMeeting> meetings)
+{
+    return BuildAppointments(meetings);
 }

@@ -17,3 +17,5 @@ WString BuildAppointmentXml(const MeetingInfo& meeting);
 
 /// <appointments> around one <appointment> for each record, in their order.
 WString BuildAppointmentsXml(std::span<const MeetingInfo> meetings);
+/// The same of shared records, none of them null.
+WString BuildSharedAppointmentsXml(std::span<const SharedMeeting> meetings);

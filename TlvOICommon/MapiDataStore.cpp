@@ -29,13 +29,18 @@ template <typename Map>
 auto FindByInstance(Map& appointments, WStringView instanceHex)
 {
     return std::find_if(appointments.begin(), appointments.end(), [&](const auto& entry) {
-        return IsHexTextOf(instanceHex, entry.second.itemRef.instanceKey);
+        return IsHexTextOf(instanceHex, entry.second->itemRef.instanceKey);
     });
 }
 
 } // namespace
 
 bool CMapiDataStore::AddAppointment(const WString& key, MeetingInfo record)
+{
+    return AddAppointment(key, std::make_shared<const MeetingInfo>(std::move(record)));
+}
+
+bool CMapiDataStore::AddAppointment(const WString& key, SharedMeeting record)
 {
     const std::scoped_lock hold(m_mapLock);
     m_appointments.insert_or_assign(key, std::move(record));
@@ -44,14 +49,20 @@ bool CMapiDataStore::AddAppointment(const WString& key, MeetingInfo record)
 
 bool CMapiDataStore::GetAppointment(const WString& key, MeetingInfo& record) const
 {
-    const std::scoped_lock hold(m_mapLock);
-    const auto found = m_appointments.find(key);
-    if (found == m_appointments.end())
+    const SharedMeeting found = FindAppointment(key);
+    if (!found)
     {
         return false;
     }
-    record = found->second;
+    record = *found;
     return true;
+}
+
+SharedMeeting CMapiDataStore::FindAppointment(const WString& key) const
+{
+    const std::scoped_lock hold(m_mapLock);
+    const auto found = m_appointments.find(key);
+    return found != m_appointments.end() ? found->second : nullptr;
 }
 
 bool CMapiDataStore::RemoveAppointment(const WString& key)
@@ -68,7 +79,7 @@ bool CMapiDataStore::FindAppointmentByInstance(WStringView instanceHex, MeetingI
     {
         return false;
     }
-    record = found->second;
+    record = *found->second;
     return true;
 }
 
@@ -80,7 +91,7 @@ bool CMapiDataStore::TakeAppointmentByInstance(WStringView instanceHex, MeetingI
     {
         return false;
     }
-    record = std::move(found->second);
+    record = *found->second;
     m_appointments.erase(found);
     return true;
 }

@@ -18,7 +18,8 @@
 /// under that of their entry identifier, addresses under the name that was found. Keys compare by
 /// code unit, so texts that differ in case are two entries.
 ///
-/// Owner:  everything handed in is copied and everything handed out is a copy.
+/// Owner:  everything handed in is copied and everything handed out is a copy, but for appointments that
+///         are handed over as shared records: those are kept and handed out as they are.
 /// Thread: any thread. The maps have one lock and the session facts another, so that the main
 ///         thread can ask for the facts while the work thread is inside a map operation. No
 ///         operation takes both.
@@ -34,7 +35,10 @@ public:
 
     /// Puts a record under `key`, in place of an older one; always true.
     bool AddAppointment(const WString& key, MeetingInfo record);
+    bool AddAppointment(const WString& key, SharedMeeting record);
     bool GetAppointment(const WString& key, MeetingInfo& record) const;
+    /// The record itself, null for an unknown key.
+    SharedMeeting FindAppointment(const WString& key) const;
     bool RemoveAppointment(const WString& key);
     /// The first record in key order whose instance key reads `instanceHex`.
     bool FindAppointmentByInstance(WStringView instanceHex, MeetingInfo& record) const;
@@ -85,7 +89,7 @@ public:
     bool IsReleasing() const;
 
 private:
-    using AppointmentMap = std::map<WString, MeetingInfo>;
+    using AppointmentMap = std::map<WString, SharedMeeting>;
 
     // Both locks are recursive: a thread that dies inside an operation comes back from the crash filter
     // to set the flag and to empty the maps.

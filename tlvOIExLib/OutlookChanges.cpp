@@ -63,9 +63,10 @@ ULONG COutlookCtrl::GetMsgInfoByTableSink(IMAPIFolder* folder,
         held.attendees.clear();
     }
 
-    if (GetAppointmentInfo(folder, fresh) != 0 && !IsSameMeeting(held, fresh))
+    const SharedMeeting read = GetAppointmentInfo(folder, std::move(fresh));
+    if (read && !IsSameMeeting(held, *read))
     {
-        xml = BuildAppointmentXml(fresh);
+        xml = BuildAppointmentXml(*read);
         return 1;
     }
     if (!held.strPropertyFromDeskTools.empty() && held.isRecurring != 0)

@@ -109,18 +109,18 @@ private:
     /// Errors: a folder that cannot be rewound empties `list` and leaves the error marker in it.
     ULONG ListAppointmentFromFolder(IMAPIFolder* folder,
                                     IMAPITable* table,
-                                    std::vector<MeetingInfo>& list,
+                                    std::vector<SharedMeeting>& list,
                                     const FILETIME& start,
                                     const FILETIME& end);
     /// Appends what one row of a listing gives; how many records that were.
     ULONG ListReference(IMAPIFolder* folder,
                         MapiItemRef reference,
-                        std::vector<MeetingInfo>& list,
+                        std::vector<SharedMeeting>& list,
                         const FILETIME& start,
                         const FILETIME& end);
-    /// Fills `meeting` by the reference in it: from the data store, else from its message, which
-    /// then goes into the data store.
-    ULONG GetAppointmentInfo(IMAPIFolder* folder, MeetingInfo& meeting);
+    /// The appointment that the reference in `meeting` names: from the data store, else read into
+    /// `meeting` from its message and put into the data store. Null when it cannot be read.
+    SharedMeeting GetAppointmentInfo(IMAPIFolder* folder, MeetingInfo meeting);
     /// The same by key, through the default store. Answers 0 for a key that the data store holds.
     ULONG GetAppointmentInfoByKey(const WString& key, MeetingInfo& meeting);
     ULONG ReadAppointmentFromMessage(IMessage* message, MeetingInfo& meeting);

@@ -69,27 +69,27 @@ bool StartsInWindow(const SYSTEMTIME& instanceStart,
 
 } // namespace
 
-ULONG COutlookCtrl::GetAppointmentInfo(IMAPIFolder* folder, MeetingInfo& meeting)
+SharedMeeting COutlookCtrl::GetAppointmentInfo(IMAPIFolder* folder, MeetingInfo meeting)
 {
     constexpr const char* kFunction = "COutlookCtrl::GetAppointmentInfo";
     SEND_TRACE(2, kFunction, "GetAppointmentInfo");
     const WString key = HexTextOf(meeting.itemRef.entryId);
-    if (MapiDataStore().GetAppointment(key, meeting))
+    if (SharedMeeting known = MapiDataStore().FindAppointment(key))
     {
-        SEND_TRACE(3, kFunction, "%s", AppointmentFacts(meeting).c_str());
-        return 1;
+        SEND_TRACE(3, kFunction, "%s", AppointmentFacts(*known).c_str());
+        return known;
     }
     if (folder == nullptr)
     {
         SEND_TRACE(2, kFunction, "lpFolder == NULL");
-        return 0;
+        return nullptr;
     }
     HRESULT status = S_OK;
     const CComRef<IMessage> message = OpenMessageInFolder(folder, meeting.itemRef.entryId, status);
     if (!message)
     {
         SEND_TRACE(3, kFunction, "Get app info error:hresult=%x", static_cast<unsigned>(status));
-        return 0;
+        return nullptr;
     }
     const ULONG result = ReadAppointmentFromMessage(message.Get(), meeting);
     SEND_TRACE(3,
@@ -98,14 +98,16 @@ ULONG COutlookCtrl::GetAppointmentInfo(IMAPIFolder* folder, MeetingInfo& meeting
                AppointmentFacts(meeting).c_str(),
                NarrowText(HexTextOf(meeting.itemRef.instanceKey)).c_str(),
                static_cast<int>(meeting.duration));
-    if (result != 0)
+    if (result == 0)
     {
-        meeting.itemRef.storeEntryId = m_StoreEid;
-        meeting.itemRef.storeName = m_strStoreName;
-        meeting.itemRef.profileName = m_strProfile;
-        MapiDataStore().AddAppointment(key, meeting);
+        return nullptr;
     }
-    return result;
+    meeting.itemRef.storeEntryId = m_StoreEid;
+    meeting.itemRef.storeName = m_strStoreName;
+    meeting.itemRef.profileName = m_strProfile;
+    SharedMeeting kept = std::make_shared<const MeetingInfo>(std::move(meeting));
+    MapiDataStore().AddAppointment(key, kept);
+    return kept;
 }
 
 ULONG COutlookCtrl::GetAppointmentInfoByKey(const WString& key, MeetingInfo& meeting)

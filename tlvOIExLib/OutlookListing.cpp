@@ -1,6 +1,8 @@
 // COutlookCtrl: the appointments of a window.
 
+#include <algorithm>
 #include <iterator>
+#include <memory>
 #include <span>
 
 #include "AppointmentTags.h"
@@ -213,7 +215,7 @@ ULONG COutlookCtrl::ListAppointment(FILETIME start, FILETIME end, WString& xml)
     }
     const FILETIME utcStart = UtcFromMachineTime(start);
     const FILETIME utcEnd = UtcFromMachineTime(end);
-    std::vector<MeetingInfo> list;
+    std::vector<SharedMeeting> list;
     ULONG count = 0;
     for (const MAPI_TBLSinkInfo& sink : m_CalendarSinks)
     {
@@ -230,13 +232,13 @@ ULONG COutlookCtrl::ListAppointment(FILETIME start, FILETIME end, WString& xml)
                kFunction,
                "CMyMAPICtrl::ListAppointment - Got [%d] appointment(s)",
                static_cast<int>(count));
-    xml = BuildAppointmentsXml(list);
+    xml = BuildSharedAppointmentsXml(list);
     return 0;
 }
 
 ULONG COutlookCtrl::ListAppointmentFromFolder(IMAPIFolder* folder,
                                               IMAPITable* table,
-                                              std::vector<MeetingInfo>& list,
+                                              std::vector<SharedMeeting>& list,
                                               const FILETIME& start,
                                               const FILETIME& end)
 {
@@ -257,7 +259,7 @@ ULONG COutlookCtrl::ListAppointmentFromFolder(IMAPIFolder* folder,
         MeetingInfo marker;
         marker.strName = kListingErrorName;
         marker.meetingStatus = kListingErrorStatus;
-        list.push_back(std::move(marker));
+        list.push_back(std::make_shared<const MeetingInfo>(std::move(marker)));
         return 0;
     }
     const FILETIME lower = MovedByMinutes(start, 0U - kMarginBeforeMinutes);
@@ -294,28 +296,29 @@ ULONG COutlookCtrl::ListAppointmentFromFolder(IMAPIFolder* folder,
 
 ULONG COutlookCtrl::ListReference(IMAPIFolder* folder,
                                   MapiItemRef reference,
-                                  std::vector<MeetingInfo>& list,
+                                  std::vector<SharedMeeting>& list,
                                   const FILETIME& start,
                                   const FILETIME& end)
 {
     constexpr const char* kFunction = "COutlookCtrl::ListAppointmentFromFolder";
-    MeetingInfo meeting;
-    meeting.itemRef = std::move(reference);
-    meeting.itemRef.profileName = m_strProfile;
-    meeting.itemRef.storeName = m_strStoreName;
-    meeting.itemRef.storeEntryId = m_StoreEid;
+    MeetingInfo wanted;
+    wanted.itemRef = std::move(reference);
+    wanted.itemRef.profileName = m_strProfile;
+    wanted.itemRef.storeName = m_strStoreName;
+    wanted.itemRef.storeEntryId = m_StoreEid;
     if (m_bNeedRealEntryID != 0)
     {
-        ResolveEntryId(folder, meeting.itemRef);
+        ResolveEntryId(folder, wanted.itemRef);
     }
-    if (GetAppointmentInfo(folder, meeting) == 0)
+    SharedMeeting meeting = GetAppointmentInfo(folder, std::move(wanted));
+    if (!meeting)
     {
         return 0;
     }
-    if (meeting.isRecurring == 0)
+    if (meeting->isRecurring == 0)
     {
         SEND_TRACE(3, kFunction, "check simple appointment");
-        if (!Overlaps(meeting, start, end))
+        if (!Overlaps(*meeting, start, end))
         {
             return 0;
         }
@@ -324,13 +327,18 @@ ULONG COutlookCtrl::ListReference(IMAPIFolder* folder,
     }
     SEND_TRACE(3, kFunction, "check recurrent appointment");
     std::vector<MeetingInfo> instances;
-    if (!GetRecItem(meeting, start, end, instances))
+    if (!GetRecItem(*meeting, start, end, instances))
     {
         return 0;
     }
-    InheritUnreadBodies(meeting, instances);
+    InheritUnreadBodies(*meeting, instances);
     const auto added = static_cast<ULONG>(instances.size());
-    std::move(instances.begin(), instances.end(), std::back_inserter(list));
+    std::transform(std::make_move_iterator(instances.begin()),
+                   std::make_move_iterator(instances.end()),
+                   std::back_inserter(list),
+                   [](MeetingInfo&& instance) {
+                       return std::make_shared<const MeetingInfo>(std::move(instance));
+                   });
     return added;
 }
 

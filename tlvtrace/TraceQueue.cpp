@@ -23,9 +23,27 @@ private:
     SRWLOCK& m_lock;
 };
 
+/// Whether there is an end of a line in the text. Looks at all of it, which the compiler can do for many
+/// letters at once.
+bool HasLineEnd(std::string_view text)
+{
+    bool has = false;
+    for (const char letter : text)
+    {
+        has |= (letter == '\n') | (letter == '\r');
+    }
+    return has;
+}
+
 void AppendOneLine(std::string& text, std::string_view head, std::string_view body)
 {
     text += head;
+    if (!HasLineEnd(body))
+    {
+        text += body;
+        text += kLineEnd;
+        return;
+    }
     for (const char letter : body)
     {
         if (letter == '\n')

@@ -161,6 +161,20 @@ TEST(AppointmentXml, AListKeepsItsOrder)
     ExpectDocument(BuildAppointmentsXml(meetings), "appointments-two.expected.txt");
 }
 
+TEST(AppointmentXml, SharedRecordsGiveTheDocumentOfTheirCopies)
+{
+    MeetingInfo first;
+    first.strName = WTEXT("second first");
+    MeetingInfo second;
+    second.attendees = {Attendee("Ada", "ada@example.org", 1, 1, 0)};
+    const std::vector<MeetingInfo> copies = {first, second};
+    const std::vector<SharedMeeting> shared = {std::make_shared<const MeetingInfo>(first),
+                                               std::make_shared<const MeetingInfo>(second)};
+
+    EXPECT_EQ(BuildSharedAppointmentsXml(shared), BuildAppointmentsXml(copies));
+    EXPECT_EQ(BuildSharedAppointmentsXml({}), BuildAppointmentsXml({}));
+}
+
 TEST(AppointmentXml, TheMonthComesFirst)
 {
     MeetingInfo meeting;

@@ -45,6 +45,23 @@ TEST(MapiDataStore, ReplacingAKeyRemovesTheOldAttendees)
     EXPECT_TRUE(found.attendees.empty());
 }
 
+TEST(MapiDataStore, ASharedRecordIsHandedOutAsItIsAndOutlivesItsEntry)
+{
+    CMapiDataStore store;
+    const auto record = std::make_shared<const MeetingInfo>(NamedMeeting(WTEXT("shared"), {1, 2}));
+    EXPECT_TRUE(store.AddAppointment(WTEXT("0A"), record));
+
+    const SharedMeeting found = store.FindAppointment(WTEXT("0A"));
+    EXPECT_EQ(found, record);
+    EXPECT_EQ(store.FindAppointment(WTEXT("0B")), nullptr);
+
+    MeetingInfo taken;
+    EXPECT_TRUE(store.TakeAppointmentByInstance(WTEXT("0102"), taken));
+    taken.strName = WTEXT("changed");
+    EXPECT_EQ(store.FindAppointment(WTEXT("0A")), nullptr);
+    EXPECT_EQ(found->strName, WTEXT("shared"));
+}
+
 TEST(MapiDataStore, KeysThatDifferInCaseAreTwoEntries)
 {
     CMapiDataStore store;
