@@ -292,6 +292,11 @@ extern "C"
         return static_cast<ULONG>(report.size() + 1);
     }
 
+    void WINAPI MapiStoreDropShells(void)
+    {
+        Runtime().DropShells();
+    }
+
     HRESULT WINAPI MapiStoreRefresh(void)
     {
         try

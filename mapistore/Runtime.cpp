@@ -214,6 +214,21 @@ void CRuntime::Keep(std::unique_ptr<CShell> shell)
     }
 }
 
+void CRuntime::DropShells() noexcept
+{
+    while (true)
+    {
+        std::unique_ptr<CShell> oldest; // freed behind the lock
+        const std::scoped_lock hold(m_shellLock);
+        if (m_shells.empty())
+        {
+            return;
+        }
+        oldest = std::move(m_shells.front());
+        m_shells.pop_front();
+    }
+}
+
 void CRuntime::Say(const std::string& text)
 {
     m_ledger.Note(text);

@@ -51,6 +51,8 @@ public:
 
     /// Takes an object whose last reference went.
     void Keep(std::unique_ptr<CShell> shell);
+    /// Frees what was kept so far. A late call on one of these objects is no longer noticed.
+    void DropShells() noexcept;
 
     /// A line for the debugger stream and the ledger.
     void Say(const std::string& text);

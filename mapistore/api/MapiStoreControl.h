@@ -39,4 +39,8 @@ extern "C"
     /// Reads the document again if it changed, and returns when the tables know of it: for tests that
     /// do not want to wait for the watching thread.
     HRESULT WINAPI MapiStoreRefresh(void);
+
+    /// Frees the shells of released objects, which the library keeps for a while so that a late call on
+    /// one of them is refused: for tests that count heap blocks.
+    void WINAPI MapiStoreDropShells(void);
 }

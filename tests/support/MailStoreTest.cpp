@@ -42,10 +42,9 @@ void MailStoreTest::SetUp()
     ASSERT_NE(Library(), nullptr);
     CreateDirectoryW(StoreFolder().c_str(), nullptr);
     WriteDocument(m_document);
-    const auto configure = Function<decltype(&MapiStoreConfigure)>("MapiStoreConfigure");
-    ASSERT_EQ(configure(L"Folder", StoreFolder().c_str()), S_OK);
-    ASSERT_EQ(configure(L"Guard", L"1"), S_OK);
-    ASSERT_EQ(configure(L"Watch", L"0"), S_OK);
+    Configure(L"Folder", StoreFolder().c_str());
+    Configure(L"Guard", L"1");
+    Configure(L"Watch", L"0");
     SetFaults("");
     for (HKEY const hive : {HKEY_CURRENT_USER, HKEY_LOCAL_MACHINE})
     {
@@ -61,6 +60,11 @@ void MailStoreTest::TearDown()
 {
     ExpectCleanLedger();
     SetFaults("");
+}
+
+void MailStoreTest::Configure(const wchar_t* name, const wchar_t* value)
+{
+    ASSERT_EQ(Function<decltype(&MapiStoreConfigure)>("MapiStoreConfigure")(name, value), S_OK);
 }
 
 void MailStoreTest::WriteDocument(const std::string& text)
@@ -82,10 +86,7 @@ std::string MailStoreTest::DocumentWith(const std::string& from, const std::stri
 
 void MailStoreTest::SetFaults(const std::string& plan)
 {
-    const std::wstring wide(plan.begin(), plan.end());
-    ASSERT_EQ(
-        Function<decltype(&MapiStoreConfigure)>("MapiStoreConfigure")(L"Faults", wide.c_str()),
-        S_OK);
+    Configure(L"Faults", std::wstring(plan.begin(), plan.end()).c_str());
 }
 
 void MailStoreTest::SetFaultsAtOnce(const std::string& plan)
@@ -111,6 +112,11 @@ std::string MailStoreTest::Report()
 void MailStoreTest::Refresh()
 {
     ASSERT_EQ(Function<decltype(&MapiStoreRefresh)>("MapiStoreRefresh")(), S_OK);
+}
+
+void MailStoreTest::DropShells()
+{
+    Function<decltype(&MapiStoreDropShells)>("MapiStoreDropShells")();
 }
 
 void MailStoreTest::ExpectCleanLedger()

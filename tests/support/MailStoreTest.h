@@ -19,6 +19,8 @@ protected:
     void SetUp() override;
     void TearDown() override;
 
+    /// Sets a value of the mail library for this process; it counts from the next session.
+    static void Configure(const wchar_t* name, const wchar_t* value);
     /// Replaces the document of the store, as another program would.
     static void WriteDocument(const std::string& text);
     /// The first document with `from` replaced by `to`, which must be there.
@@ -32,6 +34,8 @@ protected:
     static std::string Report();
     /// Reads a changed document at once, and returns when the tables know of it.
     static void Refresh();
+    /// Frees what the library keeps of released objects.
+    static void DropShells();
     /// Expects that everything was given back and nothing was misused.
     static void ExpectCleanLedger();
 

@@ -3,6 +3,7 @@
 #include "EventWindow.h"
 #include "FreedBlocks.h"
 #include "Handle.h"
+#include "HeapUse.h"
 #include "MapiDataStore.h"
 #include "MonitorFixture.h"
 #include "TraceCapture.h"
@@ -55,6 +56,30 @@ TEST_F(MonitorEventsTest, FourEventsKeepTheirIdMapped)
                      L"OnGetAppointment 111 <b/>",
                      L"OnGetRecentEmails 111 <c/>",
                      L"OnGetContactDetail 111 <d/>"}));
+}
+
+TEST_F(MonitorEventsTest, EventsLeaveNoBlockBehind)
+{
+    const std::wstring text(1000, L'x');
+    const auto fireAll = [&] {
+        for (UINT message = WM_EVENT_CALENDAR_UPDATED; message < WM_EVENT_TRACE; ++message)
+        {
+            SendText(message, text);
+        }
+        Send(WM_EVENT_TRACE, 0, NarrowBlock("a line"));
+        const std::size_t count = m_client.fired.size();
+        m_client.fired.clear();
+        return count;
+    };
+    ASSERT_EQ(fireAll(), 13U);
+    const HeapUse before = HeapsInUse();
+
+    for (int round = 0; round < 100; ++round)
+    {
+        fireAll();
+    }
+
+    EXPECT_EQ(HeapsInUse(), before);
 }
 
 TEST_F(MonitorEventsTest, InitializeCarriesItsStatusSignedAndUnmapsItsId)
