@@ -101,3 +101,37 @@ std::optional<EventCost> MeasureEventFloor(std::size_t characters, unsigned runs
     std::sort(walls.begin(), walls.end());
     return EventCost{walls[walls.size() / 2], cpu / runs};
 }
+
+std::vector<double> MeasureEventMemory(std::size_t characters, unsigned events, unsigned step)
+{
+    const CBareRegistration registration(BuildPath(L"bench\\bare_server.exe"));
+    std::vector<double> sizes;
+    dtclient::CComRef<IDispatch> bare;
+    const HRESULT hr =
+        CoCreateInstance(kBareClass, nullptr, CLSCTX_LOCAL_SERVER, IID_IDispatch, bare.PutVoid());
+    const std::vector<DWORD> ids = ProcessesOf(kBareFile);
+    if (FAILED(hr) || ids.size() != 1)
+    {
+        std::fprintf(stderr, "The bare server fails: 0x%08lX.\n", static_cast<unsigned long>(hr));
+        return sizes;
+    }
+    HANDLE process =
+        OpenProcess(PROCESS_QUERY_INFORMATION | PROCESS_VM_READ | SYNCHRONIZE, FALSE, ids.front());
+    for (unsigned event = 1; event <= events; ++event)
+    {
+        if (SendOne(*bare.Get(), static_cast<UINT>(characters)) != characters)
+        {
+            std::fprintf(stderr, "Event %u of the bare server did not come whole.\n", event);
+            sizes.clear();
+            break;
+        }
+        if (event == 1 || event % step == 0)
+        {
+            sizes.push_back(FiguresOf(process).workingSetKiB);
+        }
+    }
+    bare.Reset();
+    WaitForSingleObject(process, kPatienceMs);
+    CloseHandle(process);
+    return sizes;
+}

@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <optional>
+#include <vector>
 
 /// What it costs to bring a text to the client, whatever the server did to make it.
 struct EventCost
@@ -16,3 +17,9 @@ struct EventCost
 /// Errors: empty, with a line on standard error.
 /// Thread: one with a single-threaded apartment.
 std::optional<EventCost> MeasureEventFloor(std::size_t characters, unsigned runs);
+
+/// The working set of one bare COM server in KiB: behind its first event of that length, and behind each
+/// `step` of as many as `events`.
+/// Errors: empty, with a line on standard error.
+/// Thread: one with a single-threaded apartment.
+std::vector<double> MeasureEventMemory(std::size_t characters, unsigned events, unsigned step);

@@ -4,7 +4,7 @@
 // makes for the mail client's sake, one behind each attendee, and an event with as long a text from a bare
 // COM server. Then a thousand listings in a row.
 //
-// listing_bench [APPOINTMENTS]: with a number, that size alone.
+// listing_bench [APPOINTMENTS | row]: that size alone, or only the listings in a row.
 #include <windows.h>
 
 #include <objbase.h>
@@ -25,6 +25,7 @@ namespace
 
 constexpr std::uint32_t kAttendees = 5;
 constexpr unsigned kInARow = 1000;
+constexpr unsigned kRowStep = 100;
 
 /// What one size is measured by: more runs where one is short, since the system counts processor time in
 /// long steps.
@@ -194,7 +195,8 @@ bool MeasureSize(const CBenchMachine& machine, const Size& size)
     return true;
 }
 
-/// A leak shows as a series that climbs to its end; the first listings fill the store and the heaps.
+/// A leak shows as a series that climbs to its end; the first listings fill the store and the heaps, and the
+/// 10,000 released objects that the mail library keeps. The floor are as many events of a bare COM server.
 bool MeasureRow(const CBenchMachine& machine)
 {
     SampleShape shape;
@@ -202,24 +204,48 @@ bool MeasureRow(const CBenchMachine& machine)
     shape.recurringEvery = 10;
     shape.attendees = kAttendees;
     machine.PutStore(shape);
-    CBenchSession session;
-    if (!session.Start())
+    std::vector<ProcessFigures> ours;
+    std::size_t characters = 0;
+    {
+        CBenchSession session;
+        if (!session.Start())
+        {
+            return false;
+        }
+        for (unsigned listing = 1; listing <= kInARow; ++listing)
+        {
+            session.List();
+            if (listing == 1 || listing % kRowStep == 0)
+            {
+                ours.push_back(session.Server());
+            }
+        }
+        characters = session.Document().size();
+    }
+    const std::vector<double> bare = MeasureEventMemory(characters, kInARow, kRowStep);
+    if (bare.size() != ours.size())
     {
         return false;
     }
     std::printf(
-        "%u listings of 100 appointments in a row, working set and private memory in KiB:\n",
+        "%u listings of 100 appointments in a row, in KiB; floor: as many events as long from "
+        "a bare COM server:\n",
         kInARow);
-    for (unsigned listing = 1; listing <= kInARow; ++listing)
+    std::printf("  %5s %12s %12s %12s\n", "", "working set", "private", "floor");
+    for (std::size_t row = 0; row < ours.size(); ++row)
     {
-        session.List();
-        if (listing == 1 || listing % 100 == 0)
-        {
-            const ProcessFigures figures = session.Server();
-            std::printf("  %5u %9.0f %9.0f\n", listing, figures.workingSetKiB, figures.privateKiB);
-            std::fflush(stdout);
-        }
+        std::printf("  %5zu %12.0f %12.0f %12.0f\n",
+                    row == 0 ? 1 : row * kRowStep,
+                    ours[row].workingSetKiB,
+                    ours[row].privateKiB,
+                    bare[row]);
     }
+    const std::size_t middle = ours.size() / 2;
+    const double since = kInARow - static_cast<double>(middle * kRowStep);
+    std::printf("  grows from the %zuth on by %.2f KiB a listing, floor %.2f KiB an event\n",
+                middle * kRowStep,
+                (ours.back().workingSetKiB - ours[middle].workingSetKiB) / since,
+                (bare.back() - bare[middle]) / since);
     return true;
 }
 
@@ -235,6 +261,10 @@ int wmain(int argc, wchar_t** argv)
     }
     const unsigned long wanted = argc == 2 ? std::wcstoul(argv[1], nullptr, 10) : 0;
     const CBenchMachine machine;
+    if (argc == 2 && std::wcscmp(argv[1], L"row") == 0)
+    {
+        return MeasureRow(machine) ? 0 : 1;
+    }
     for (const Size& size : kSizes)
     {
         if (wanted != 0 && wanted != size.appointments)
