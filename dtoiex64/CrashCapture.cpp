@@ -91,6 +91,7 @@ LONG WINAPI _UnhandledExceptionFilter(EXCEPTION_POINTERS* pointers) noexcept
     SEND_TRACE(2,
                "_UnhandledExceptionFilter",
                "#################### _UnhandledExceptionFilter.\tCRASH!!! ####################");
+    FlushTrace(kTraceFlushMs); // the last lines are the ones that tell what happened
     CrashPath path;
     FindCrashDirectory(path);
     CopyTraceFile(path, kTraceFile, kTraceCopy);

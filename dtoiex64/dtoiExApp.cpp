@@ -113,6 +113,7 @@ void CdtOIEx64Module::ReleaseMail() noexcept
 
 void CdtOIEx64Module::EndProcess() noexcept
 {
+    FlushTrace(kTraceFlushMs); // no library is told of this end
     TerminateProcess(GetCurrentProcess(), 0);
 }
 

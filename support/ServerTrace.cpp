@@ -47,6 +47,8 @@ public:
         const TracePair pair{nullptr, CVarAdapter(line)};
         WriteRawTrace(TraceCode(level), {}, {&pair, 1});
     }
+
+    void Flush(unsigned timeoutMs) noexcept override { g_loader.Flush(timeoutMs); }
 };
 
 CServerTraceRoute& Route() noexcept

@@ -65,6 +65,20 @@ bool IsTraceOpen() noexcept
     return route != nullptr && route->IsOpen();
 }
 
+void FlushTrace(unsigned timeoutMs) noexcept
+{
+#ifdef _WIN32
+    const DWORD lastError = GetLastError();
+#endif
+    if (ITraceRoute* const route = g_route.load())
+    {
+        route->Flush(timeoutMs);
+    }
+#ifdef _WIN32
+    SetLastError(lastError);
+#endif
+}
+
 extern "C" void SendTrace(TL_SDK::TLLoggerLevel level,
                           const char* file,
                           int line,

@@ -43,6 +43,10 @@ public:
     /// Takes any other line.
     /// Shape: at most 4095 bytes, no line ending, terminated behind its end.
     virtual void Write(TL_SDK::TLLoggerLevel level, std::string_view line) noexcept = 0;
+
+    /// Waits until the lines so far stand where they are kept, at most so long. For a process about to
+    /// end without a farewell; a route that keeps nothing back has nothing to do.
+    virtual void Flush(unsigned /*timeoutMs*/) noexcept {}
 };
 
 /// Installs the route and returns the one before it; null closes the trace.
@@ -52,6 +56,13 @@ ITraceRoute* SetTraceRoute(ITraceRoute* route) noexcept;
 
 /// False while a line would be dropped: lets a caller spare the making of a costly text.
 [[nodiscard]] bool IsTraceOpen() noexcept;
+
+/// How long a process that is about to end waits for its last lines.
+constexpr unsigned kTraceFlushMs = 500;
+
+/// Has the route write what it keeps back. Keeps GetLastError.
+/// Thread: any, also one that has crashed.
+void FlushTrace(unsigned timeoutMs) noexcept;
 
 #if defined(__GNUC__)
 #if defined(__MINGW32__) && !defined(__clang__)

@@ -87,6 +87,7 @@ void CTraceLoader::Load() noexcept
             m_resident = EntryPoint<ResidentFunction>(m_library, "TLVTRACERAWA_RESIDENT");
             m_dllResident =
                 EntryPoint<DllResidentFunction>(m_library, "TLVTRACERAWADLLNAME_RESIDENT");
+            m_flush = EntryPoint<FlushFunction>(m_library, "TLVTRACEFLUSH");
         }
     }
     Report("InitTLVTRACER");
@@ -115,6 +116,7 @@ void CTraceLoader::Unload() noexcept
     m_raw = nullptr;
     m_resident = nullptr;
     m_dllResident = nullptr;
+    m_flush = nullptr;
     ReleaseSRWLockExclusive(&m_tableLock);
     if (library != nullptr)
     {
@@ -141,6 +143,16 @@ void CTraceLoader::Send(int code, const char* text) noexcept
     {
         OutputDebugStringA("Trace lib invalid\n");
         OutputDebugStringA(text);
+    }
+    ReleaseSRWLockShared(&m_tableLock);
+}
+
+void CTraceLoader::Flush(unsigned timeoutMs) noexcept
+{
+    AcquireSRWLockShared(&m_tableLock);
+    if (m_flush != nullptr)
+    {
+        m_flush(timeoutMs);
     }
     ReleaseSRWLockShared(&m_tableLock);
 }

@@ -31,10 +31,15 @@ public:
     /// Sends a terminated text by the first entry point that there is.
     void Send(int code, const char* text) noexcept;
 
+    /// Waits until the library has written what was sent, at most so long. A library that does not offer
+    /// this is not waited for.
+    void Flush(unsigned timeoutMs) noexcept;
+
 private:
     using RawFunction = void (*)(int, const char*, int, const char*);
     using ResidentFunction = void (*)(int, const char*, int, const char*);
     using DllResidentFunction = void (*)(int, const char*, const char*, int, const char*);
+    using FlushFunction = int (*)(unsigned);
 
     void Report(const char* which) const noexcept;
 
@@ -44,6 +49,7 @@ private:
     RawFunction m_raw = nullptr;
     ResidentFunction m_resident = nullptr;
     DllResidentFunction m_dllResident = nullptr;
+    FlushFunction m_flush = nullptr;
     WCHAR m_libraryPath[MAX_PATH] = {};
     char m_moduleName[MAX_PATH] = {};
 };

@@ -63,6 +63,15 @@ void TLVTRACERAWA(unsigned code, const char* module, int /*zero*/, const char* t
     Write({code, module, nullptr, text});
 }
 
+int TLVTRACEFLUSH(unsigned timeoutMs) noexcept
+{
+    const DWORD lastError = GetLastError();
+    const bool isWritten =
+        g_library == nullptr || g_library->Queue().WaitUntilWritten(timeoutMs);
+    SetLastError(lastError);
+    return isWritten ? 1 : 0;
+}
+
 BOOL WINAPI DllMain(HINSTANCE /*instance*/, DWORD reason, void* reserved)
 {
     // At the end of the process all other threads are gone, the writer among them.

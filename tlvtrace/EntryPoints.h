@@ -1,6 +1,6 @@
 #pragma once
 
-/// What the trace library offers, by the names under which programs look it up. All three append one
+/// What the trace library offers, by the names under which programs look it up. The first three append one
 /// line to "strato-mapi.txt", and differ only in what the caller says about itself.
 ///
 /// Shape:  `code` is 8 for a failure, 4 for a warning, 2 for all else. Texts are narrow, terminated,
@@ -14,4 +14,9 @@ extern "C"
         unsigned code, const char* module, const char* tag, int zero, const char* text) noexcept;
     void TLVTRACERAWA_RESIDENT(unsigned code, const char* tag, int zero, const char* text) noexcept;
     void TLVTRACERAWA(unsigned code, const char* module, int zero, const char* text) noexcept;
+
+    /// Waits until every line of this process so far stands in the file, at most so long. For a process
+    /// that dies at once: lines gather in memory for up to a tenth of a second before they are written.
+    /// Errors: 0 when lines are still waiting, else 1.
+    int TLVTRACEFLUSH(unsigned timeoutMs) noexcept;
 }

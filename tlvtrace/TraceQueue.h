@@ -32,8 +32,9 @@ struct QueueLimits
 {
     std::size_t cbBuffer = std::size_t{512} * 1024; ///< Each of the two buffers.
     DWORD fullWaitMs = 20;
-    /// How long the writer lets lines gather before it opens the file. Short: a crash copies the file.
-    DWORD gatherMs = 3;
+    /// How long the writer lets lines gather before it opens the file. A listing traces for seconds, and
+    /// opening the file for each few lines would cost as much as the listing itself.
+    DWORD gatherMs = 100;
 };
 
 /// Takes lines from any thread at the cost of a copy, and writes them on a thread of its own.

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 #include <shlobj.h>
 
+#include <algorithm>
 #include <array>
 #include <memory>
 #include <string>
@@ -105,6 +106,15 @@ TEST_F(ServerCrashTest, ACrashOfTheWorkThreadLeavesDumpAndTrace)
 
     EXPECT_EQ(ContentOf(m_dump).substr(0, 4), "MDMP");
     EXPECT_NE(ContentOf(m_traceCopy).find("CMapiClient::FinalConstruct"), std::string::npos);
+}
+
+TEST_F(ServerCrashTest, TheCopyOfTheTraceHoldsTheLastLines)
+{
+    ASSERT_TRUE(CrashServer(TestBehaviour::AccessViolation));
+
+    const std::string copy = ContentOf(m_traceCopy);
+    EXPECT_NE(copy.find("CRASH!!! ####################"), std::string::npos)
+        << copy.substr(copy.size() - std::min<std::size_t>(copy.size(), 2000));
 }
 
 TEST_F(ServerCrashTest, AnExceptionThatNobodyCatchesLeavesTheSame)

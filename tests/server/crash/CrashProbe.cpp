@@ -80,6 +80,13 @@ public:
     }
 };
 
+bool IsFile(const wchar_t* name) noexcept
+{
+    CrashPath path;
+    FindCrashDirectory(path);
+    return GetFileAttributesW(path.With(name)) != INVALID_FILE_ATTRIBUTES;
+}
+
 /// Prints what the filter tells, in the order in which it does.
 class CTellingRoute final : public ITraceRoute
 {
@@ -95,6 +102,12 @@ public:
         const std::string message(line.substr(line.find("]:") + 2));
         std::printf("%d %s\n", static_cast<int>(level), message.c_str());
     }
+    void Flush(unsigned timeoutMs) noexcept override
+    {
+        std::printf("flush %u %s the copy\n",
+                    timeoutMs,
+                    IsFile(L"strato_mapi_last_crash.txt") ? "behind" : "before");
+    }
 
 private:
     CDebuggerText m_debugger;
@@ -102,11 +115,8 @@ private:
 
 void TellRelease() noexcept
 {
-    CrashPath path;
-    FindCrashDirectory(path);
-    const bool isDumped =
-        GetFileAttributesW(path.With(L"dtOIEx64.exe.300.dmp")) != INVALID_FILE_ATTRIBUTES;
-    std::printf("release %s the dump\n", isDumped ? "behind" : "before");
+    std::printf("release %s the dump\n",
+                IsFile(L"dtOIEx64.exe.300.dmp") ? "behind" : "before");
     std::fflush(stdout);
 }
 

@@ -163,6 +163,8 @@ TEST_F(CrashTest, ExceptionOutOfANoexceptFunctionIsLedToTheFilter)
 
 TEST_F(CrashTest, FilterTellsTheDebuggerAndTheTraceAndReleasesTheMailSystemLast)
 {
+    LeaveTrace("to be copied\n");
+
     const ChildResult result = Die(L"told-fault");
 
     std::string output = result.output;
@@ -171,6 +173,7 @@ TEST_F(CrashTest, FilterTellsTheDebuggerAndTheTraceAndReleasesTheMailSystemLast)
               "debugger ######## in _UnhandledExceptionFilter\n"
               "2 #################### _UnhandledExceptionFilter.\tCRASH!!! "
               "####################\n"
+              "flush 500 before the copy\n"
               "release behind the dump\n");
     EXPECT_EQ(result.exitCode, kAccessViolation);
 }

@@ -90,6 +90,16 @@ TEST(TraceLibrary, TheRestOfACutLineIsMarkedAsSuch)
     EXPECT_EQ(lines[5].find("(continued)"), std::string::npos);
 }
 
+TEST(TraceLibrary, AProcessThatEndsAtOnceLeavesWhatItHadWrittenOut)
+{
+    const std::string mark = UniqueMark();
+
+    ASSERT_EQ(ExitCodeOf(StartWriter(L"killed \"" + LibraryPath() + L"\" " + Wide(mark))), 0U);
+
+    EXPECT_EQ(Rests(LinesWith(tlvtrace::TraceDirectory(), mark), mark),
+              std::vector<std::string>{" last words\r"});
+}
+
 TEST(TraceLibrary, SeveralProcessesWithSeveralThreadsTearNoLineAndLoseNone)
 {
     constexpr int kProcesses = 4;

@@ -74,6 +74,12 @@ public:
         m_refuse = refuse;
     }
 
+    unsigned Appends()
+    {
+        const std::scoped_lock hold(m_textLock);
+        return m_appends;
+    }
+
     std::string Text()
     {
         const std::scoped_lock hold(m_textLock);
@@ -89,6 +95,7 @@ private:
             return false;
         }
         m_text += lines;
+        ++m_appends;
         return true;
     }
 
@@ -97,8 +104,9 @@ private:
     HANDLE m_letGo;
     std::atomic<bool> m_keepNext = false;
     std::atomic<bool> m_keepBefore = false;
-    std::mutex m_textLock; // guards the two below
+    std::mutex m_textLock; // guards all below
     std::string m_text;
+    unsigned m_appends = 0;
     bool m_refuse = false;
 };
 
@@ -117,6 +125,40 @@ TEST(TraceQueue, LinesAreWrittenInTheOrderOfTheirCalls)
 
     ASSERT_TRUE(queue.WaitUntilWritten(kPatienceMs));
     EXPECT_EQ(store.Text(), "h1 one\r\nh2 two\r\n");
+}
+
+TEST(TraceQueue, LinesGatherUntilSomebodyWaitsForThem)
+{
+    CTestStore store;
+    QueueLimits forever;
+    forever.gatherMs = kPatienceMs;
+    CTraceQueue queue(store, forever);
+    ASSERT_TRUE(queue.Start());
+    queue.Add("", "one");
+    queue.Add("", "two");
+    EXPECT_EQ(store.Text(), "");
+
+    ASSERT_TRUE(queue.WaitUntilWritten(kPatienceMs));
+
+    EXPECT_EQ(store.Text(), "one\r\ntwo\r\n");
+    EXPECT_EQ(store.Appends(), 1U);
+}
+
+TEST(TraceQueue, ALineThatHurriesTakesThoseBeforeItAlong)
+{
+    CTestStore store;
+    QueueLimits forever;
+    forever.gatherMs = INFINITE;
+    CTraceQueue queue(store, forever);
+    ASSERT_TRUE(queue.Start());
+    queue.Add("", "one");
+
+    queue.Add("", "two", true);
+
+    ASSERT_TRUE(store.WaitUntilEntered());
+    ASSERT_TRUE(queue.WaitUntilWritten(kPatienceMs));
+    EXPECT_EQ(store.Text(), "one\r\ntwo\r\n");
+    EXPECT_EQ(store.Appends(), 1U);
 }
 
 TEST(TraceQueue, LineEndsWithinATextDoNotMakeANewLine)

@@ -1,6 +1,7 @@
 // Writes trace lines in one of three ways and ends:
 //   dll LIBRARY MARK THREADS LINES   through the library, from several threads
 //   entries LIBRARY MARK             one line through each entry point, and odd texts
+//   killed LIBRARY MARK              one line, has it written out, and ends without a farewell
 //   file FOLDER MARK LINES LIMIT     straight into a file that is rotated at LIMIT bytes
 #include <windows.h>
 
@@ -89,6 +90,22 @@ int WriteThroughEntries(const wchar_t* path, const std::string& mark)
     return GetLastError() == kLastError ? 0 : 4;
 }
 
+int WriteAndDie(const wchar_t* path, const std::string& mark)
+{
+    HMODULE library = LoadLibraryExW(path, nullptr, LOAD_WITH_ALTERED_SEARCH_PATH);
+    const auto write = Find<DllNameEntry>(library, "TLVTRACERAWADLLNAME_RESIDENT");
+    const auto flush = Find<int (*)(unsigned) noexcept>(library, "TLVTRACEFLUSH");
+    if (write == nullptr || flush == nullptr)
+    {
+        return 3;
+    }
+    write(2, "writer.exe", "tt", 0, (mark + " last words\n").c_str());
+    SetLastError(4711);
+    const bool isWritten = flush(60000) == 1 && GetLastError() == 4711;
+    TerminateProcess(GetCurrentProcess(), isWritten ? 0 : 6);
+    return 7;
+}
+
 int WriteToFile(const wchar_t* folder, const std::string& mark, int lines, int limit)
 {
     tlvtrace::CTraceFile file(folder, L"strato-mapi", {static_cast<std::uint64_t>(limit), 50});
@@ -114,10 +131,14 @@ int wmain(int argc, wchar_t** argv)
     {
         return WriteThroughEntries(argv[2], Narrow(argv[3]));
     }
+    if (mode == L"killed" && argc == 4)
+    {
+        return WriteAndDie(argv[2], Narrow(argv[3]));
+    }
     if (mode == L"file" && argc == 6)
     {
         return WriteToFile(argv[2], Narrow(argv[3]), _wtoi(argv[4]), _wtoi(argv[5]));
     }
-    std::fputs("usage: tlvtrace_writer dll|entries|file ...\n", stderr);
+    std::fputs("usage: tlvtrace_writer dll|entries|killed|file ...\n", stderr);
     return 2;
 }

@@ -55,4 +55,10 @@ extern "C"
     {
         Record("TLVTRACERAWADLLNAME_RESIDENT", code, module, tag, zero, text);
     }
+
+    int TLVTRACEFLUSH(unsigned timeoutMs)
+    {
+        Record("TLVTRACEFLUSH", static_cast<int>(timeoutMs), "", "", 0, "");
+        return 1;
+    }
 }

@@ -110,6 +110,23 @@ TEST_F(TraceLibraryTest, LibraryWithoutAnyEntryPointIsNotCalled)
     EXPECT_TRUE(RunProbe(L"none", L"lines").empty());
 }
 
+TEST_F(TraceLibraryTest, LibraryIsAskedToWriteOutWhatItHolds)
+{
+    const std::vector<Call> calls = RunProbe(L"all", L"flush");
+
+    ASSERT_EQ(calls.size(), 2U);
+    EXPECT_EQ(calls[0].text, " [probe.cpp:13][P::F]:last,\n");
+    EXPECT_EQ(calls[1].head, "TLVTRACEFLUSH|500|||0");
+}
+
+TEST_F(TraceLibraryTest, LibraryThatCannotWriteOutIsNotWaitedFor)
+{
+    const std::vector<Call> calls = RunProbe(L"raw", L"flush");
+
+    ASSERT_EQ(calls.size(), 1U);
+    EXPECT_EQ(calls[0].text, " [probe.cpp:13][P::F]:last,\n");
+}
+
 TEST_F(TraceLibraryTest, LibraryIsFoundInAFolderThatTheCodePageHasNoLettersFor)
 {
     const std::wstring folderName = L"trace_\x4F1A\x8B70_\x0416";

@@ -1,6 +1,7 @@
 // A program that traces as the server does, for tests that put a trace library beside it.
 //
 // trace_probe lines   one line of each level, a heartbeat line, a line of 3000 bytes
+// trace_probe flush   one line, and has the library write it out
 // trace_probe flood   10,000 lines from eight threads; prints by how many blocks the heap grew
 
 #include <windows.h>
@@ -17,6 +18,7 @@
 namespace
 {
 
+constexpr DWORD kLastError = 4711;
 constexpr int kThreads = 8;
 constexpr int kLinesEach = 1250;
 
@@ -76,6 +78,13 @@ int wmain(int argc, wchar_t** argv)
     if (mode == L"lines")
     {
         TraceLines();
+    }
+    else if (mode == L"flush")
+    {
+        SendTrace(TL_SDK::TLLoggerLevelDetail, "probe.cpp", 13, "P::F", "last");
+        SetLastError(kLastError);
+        FlushTrace(kTraceFlushMs);
+        return GetLastError() == kLastError ? 0 : 1;
     }
     else if (mode == L"flood")
     {
