@@ -3,6 +3,7 @@
 #include <windows.h>
 
 #include <atomic>
+#include <memory_resource>
 #include <new>
 
 #include "AtMemory.h"
@@ -14,6 +15,8 @@ namespace
 {
 
 constexpr std::size_t kHeartbeatBytes = 4096;
+// The longest line with a blank before and two characters and the terminator behind it.
+constexpr std::size_t kLineRoom = 4095 + 4;
 
 // Constant initialised and trivially destroyed: threads trace before all constructors and after all
 // destructors of the program.
@@ -88,7 +91,10 @@ void StopServerTrace() noexcept
 void WriteRawTrace(int code, std::string_view prefix, std::span<const TracePair> pairs) noexcept
 try
 {
-    const std::string text = RawTraceText(prefix, pairs);
+    // On the stack, where the text fits: a line is written some ten times for each appointment.
+    char room[kLineRoom];
+    std::pmr::monotonic_buffer_resource memory(room, sizeof room);
+    const std::pmr::string text = RawTraceText(prefix, pairs, &memory);
     g_loader.LoadOnce();
     ForEachTracePiece(text, [code](const char* piece) { g_loader.Send(code, piece); });
 }

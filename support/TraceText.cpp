@@ -1,5 +1,7 @@
 #include "TraceText.h"
 
+#include <string>
+
 int TraceCode(TL_SDK::TLLoggerLevel level) noexcept
 {
     switch (level)
@@ -13,9 +15,11 @@ int TraceCode(TL_SDK::TLLoggerLevel level) noexcept
     }
 }
 
-std::string RawTraceText(std::string_view prefix, std::span<const TracePair> pairs)
+std::pmr::string RawTraceText(std::string_view prefix,
+                              std::span<const TracePair> pairs,
+                              std::pmr::memory_resource* memory)
 {
-    std::string text;
+    std::pmr::string text(memory);
     std::size_t length = prefix.size() + 2;
     for (const TracePair& pair : pairs)
     {
@@ -35,12 +39,12 @@ std::string RawTraceText(std::string_view prefix, std::span<const TracePair> pai
     return text;
 }
 
-void ForEachTracePiece(const std::string& text, const std::function<void(const char*)>& send)
+void ForEachTracePiece(std::string_view text, const std::function<void(const char*)>& send)
 {
     std::size_t at = 0;
     for (; text.size() - at > kTracePieceBytes; at += kTracePieceBytes)
     {
-        send(text.substr(at, kTracePieceBytes).c_str());
+        send(std::string(text.substr(at, kTracePieceBytes)).c_str());
     }
-    send(text.c_str() + at);
+    send(text.data() + at);
 }

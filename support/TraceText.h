@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <functional>
+#include <memory_resource>
 #include <span>
 #include <string>
 #include <string_view>
@@ -24,9 +25,11 @@ inline constexpr std::size_t kTracePieceBytes = 2047;
 int TraceCode(TL_SDK::TLLoggerLevel level) noexcept;
 
 /// The text of one raw trace: the prefix and a blank, then for each pair its name and "=" if it has
-/// a name, its value, and ",", and a line feed at the end.
-std::string RawTraceText(std::string_view prefix, std::span<const TracePair> pairs);
+/// a name, its value, and ",", and a line feed at the end. Its room comes from `memory`.
+std::pmr::string RawTraceText(std::string_view prefix,
+                              std::span<const TracePair> pairs,
+                              std::pmr::memory_resource* memory);
 
-/// Cuts the text into pieces of 2047 bytes and a rest, and hands out each as a terminated text. An
-/// empty text is one empty piece.
-void ForEachTracePiece(const std::string& text, const std::function<void(const char*)>& send);
+/// Cuts the text, which has a terminator behind it, into pieces of 2047 bytes and a rest, and hands out
+/// each as a terminated text. An empty text is one empty piece.
+void ForEachTracePiece(std::string_view text, const std::function<void(const char*)>& send);

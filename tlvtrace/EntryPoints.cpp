@@ -66,8 +66,7 @@ void TLVTRACERAWA(unsigned code, const char* module, int /*zero*/, const char* t
 int TLVTRACEFLUSH(unsigned timeoutMs) noexcept
 {
     const DWORD lastError = GetLastError();
-    const bool isWritten =
-        g_library == nullptr || g_library->Queue().WaitUntilWritten(timeoutMs);
+    const bool isWritten = g_library == nullptr || g_library->Queue().WaitUntilWritten(timeoutMs);
     SetLastError(lastError);
     return isWritten ? 1 : 0;
 }

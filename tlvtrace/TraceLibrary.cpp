@@ -56,10 +56,9 @@ CTraceLibrary::CTraceLibrary(ITraceStore& store, const QueueLimits& limits)
 void CTraceLibrary::Write(const TraceRecord& record) noexcept
 {
     const DWORD lastError = GetLastError();
-    SYSTEMTIME now{};
-    GetLocalTime(&now);
     char head[kMaxHead];
-    std::size_t length = WriteHead(head, record, now, GetCurrentProcessId(), GetCurrentThreadId());
+    std::size_t length =
+        WriteHead(head, record, m_clock.Now(), GetCurrentProcessId(), GetCurrentThreadId());
     if (m_continuedSlot != TLS_OUT_OF_INDEXES)
     {
         if (TlsGetValue(m_continuedSlot) != nullptr && length + kContinued.size() < sizeof head)

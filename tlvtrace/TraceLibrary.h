@@ -1,5 +1,6 @@
 #pragma once
 
+#include "LineClock.h"
 #include "TraceFile.h"
 #include "TraceQueue.h"
 #include "TraceRecord.h"
@@ -22,6 +23,7 @@ public:
     CTraceQueue& Queue() { return m_queue; }
 
 private:
+    CLineClock m_clock;
     CTraceQueue m_queue;
     DWORD m_continuedSlot; ///< Of each thread: not null while its last piece had no line end.
 };

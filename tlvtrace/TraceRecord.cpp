@@ -36,14 +36,11 @@ bool IsLineEnd(char letter)
     return letter == '\r' || letter == '\n';
 }
 
-/// At least `width` digits and a character behind them.
-char* PutNumber(char* out, unsigned long number, std::ptrdiff_t width, char behind)
+/// The digits and a character behind them.
+char* PutNumber(char* out, unsigned long number, char behind)
 {
-    char digits[16];
-    char* const end = std::to_chars(digits, digits + sizeof digits, number).ptr;
-    const std::ptrdiff_t length = end - digits;
-    out = std::fill_n(out, std::max<std::ptrdiff_t>(width - length, 0), '0');
-    out = std::copy(digits, end, out);
+    constexpr std::ptrdiff_t kMostDigits = 10;
+    out = std::to_chars(out, out + kMostDigits, number).ptr;
     *out = behind;
     return out + 1;
 }
@@ -59,23 +56,19 @@ char* PutText(char* out, const char* text, std::size_t most)
 
 std::size_t WriteHead(char (&head)[kMaxHead],
                       const TraceRecord& record,
-                      const SYSTEMTIME& time,
+                      const MomentText& time,
                       DWORD process,
                       DWORD thread)
 {
     // Written by hand: printf's reading of a format takes longer than everything else that a line costs.
-    // Room: seven fields of a date and time of at most 5 digits, two numbers of at most 10, the names.
-    static_assert(7 * 5 + 6 + 1 + 2 * 10 + 2 + 2 + kMaxModule + 1 + kMaxTag + 1 < kMaxHead);
-    char* out = head;
-    out = PutNumber(out, time.wYear, 4, '-');
-    out = PutNumber(out, time.wMonth, 2, '-');
-    out = PutNumber(out, time.wDay, 2, ' ');
-    out = PutNumber(out, time.wHour, 2, ':');
-    out = PutNumber(out, time.wMinute, 2, ':');
-    out = PutNumber(out, time.wSecond, 2, '.');
-    out = PutNumber(out, time.wMilliseconds, 3, ' ');
-    out = PutNumber(out, process, 1, ':');
-    out = PutNumber(out, thread, 1, ' ');
+    // Room: the moment, two numbers of at most 10 digits, level, module and tag, and what separates them.
+    static_assert(std::tuple_size_v<MomentText> + 1 + 2 * 10 + 2 + 2 + kMaxModule + 1 + kMaxTag +
+                      1 <
+                  kMaxHead);
+    char* out = std::copy(time.begin(), time.end(), head);
+    *out++ = ' ';
+    out = PutNumber(out, process, ':');
+    out = PutNumber(out, thread, ' ');
     *out++ = Letter(record.code);
     *out++ = ' ';
     out = PutText(out, OrDash(record.module), kMaxModule);

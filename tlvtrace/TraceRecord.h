@@ -5,6 +5,8 @@
 #include <cstddef>
 #include <string_view>
 
+#include "LineClock.h"
+
 namespace tlvtrace
 {
 /// One call of a program that traces.
@@ -28,7 +30,7 @@ constexpr std::size_t kMaxText = 4096;
 /// "2026-11-02 14:30:15.007 1234:56 E dtOIEx64.exe oi ", and returns its length.
 std::size_t WriteHead(char (&head)[kMaxHead],
                       const TraceRecord& record,
-                      const SYSTEMTIME& time,
+                      const MomentText& time,
                       DWORD process,
                       DWORD thread);
 

@@ -7,7 +7,12 @@
 namespace
 {
 
-std::vector<std::string> Pieces(const std::string& text)
+std::pmr::string RawText(std::string_view prefix, std::span<const TracePair> pairs)
+{
+    return RawTraceText(prefix, pairs, std::pmr::get_default_resource());
+}
+
+std::vector<std::string> Pieces(std::string_view text)
 {
     std::vector<std::string> pieces;
     ForEachTracePiece(text, [&pieces](const char* piece) { pieces.emplace_back(piece); });
@@ -29,7 +34,7 @@ TEST(TraceText, OnePairWithoutNameIsABlankTheLineACommaAndALineFeed)
 {
     const TracePair pair{nullptr, CVarAdapter("[a.cpp:1][F]:m")};
 
-    EXPECT_EQ(RawTraceText("", {&pair, 1}), " [a.cpp:1][F]:m,\n");
+    EXPECT_EQ(RawText("", {&pair, 1}), " [a.cpp:1][F]:m,\n");
 }
 
 TEST(TraceText, PrefixNamesAndValuesStandInOrder)
@@ -37,12 +42,12 @@ TEST(TraceText, PrefixNamesAndValuesStandInOrder)
     const TracePair pairs[] = {
         {"a", CVarAdapter("1")}, {nullptr, CVarAdapter("2")}, {"c", CVarAdapter("")}};
 
-    EXPECT_EQ(RawTraceText("head", pairs), "head a=1,2,c=,\n");
+    EXPECT_EQ(RawText("head", pairs), "head a=1,2,c=,\n");
 }
 
 TEST(TraceText, NoPairsLeaveThePrefixABlankAndALineFeed)
 {
-    EXPECT_EQ(RawTraceText("head", {}), "head \n");
+    EXPECT_EQ(RawText("head", {}), "head \n");
 }
 
 TEST(TraceText, ThreeThousandBytesAreTwoPieces)
@@ -70,7 +75,7 @@ TEST(TraceText, LongestLineIsThreePieces)
     const std::string line(4095, 'x');
     const TracePair pair{nullptr, CVarAdapter(line)};
 
-    const std::vector<std::string> pieces = Pieces(RawTraceText("", {&pair, 1}));
+    const std::vector<std::string> pieces = Pieces(RawText("", {&pair, 1}));
 
     ASSERT_EQ(pieces.size(), 3U);
     EXPECT_EQ(pieces[0], " " + std::string(2046, 'x'));

@@ -115,8 +115,7 @@ private:
 
 void TellRelease() noexcept
 {
-    std::printf("release %s the dump\n",
-                IsFile(L"dtOIEx64.exe.300.dmp") ? "behind" : "before");
+    std::printf("release %s the dump\n", IsFile(L"dtOIEx64.exe.300.dmp") ? "behind" : "before");
     std::fflush(stdout);
 }
 

@@ -10,7 +10,8 @@ using tlvtrace::TraceRecord;
 
 namespace
 {
-constexpr SYSTEMTIME kTime = {2026, 11, 1, 2, 4, 5, 6, 7};
+constexpr tlvtrace::MomentText kTime = {'2', '0', '2', '6', '-', '1', '1', '-', '0', '2', ' ', '0',
+                                        '4', ':', '0', '5', ':', '0', '6', '.', '0', '0', '7'};
 
 std::string Head(const TraceRecord& record)
 {
