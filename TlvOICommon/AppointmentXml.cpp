@@ -81,17 +81,15 @@ const MeetingInfo& RecordOf(const SharedMeeting& meeting) noexcept
     return *meeting;
 }
 
-template <typename Meeting>
-WString BuildAppointments(std::span<const Meeting> meetings)
+template <typename Document, typename Meeting>
+void WriteAppointments(Document& document, std::span<const Meeting> meetings)
 {
-    return BuildDocument([&](auto& document) {
-        document.template Open<"appointments">();
-        for (const Meeting& meeting : meetings)
-        {
-            WriteAppointment(document, RecordOf(meeting));
-        }
-        document.template Close<"appointments">();
-    });
+    document.template Open<"appointments">();
+    for (const Meeting& meeting : meetings)
+    {
+        WriteAppointment(document, RecordOf(meeting));
+    }
+    document.template Close<"appointments">();
 }
 
 } // namespace
@@ -103,10 +101,10 @@ WString BuildAppointmentXml(const MeetingInfo& meeting)
 
 WString BuildAppointmentsXml(std::span<const MeetingInfo> meetings)
 {
-    return BuildAppointments(meetings);
+    return BuildDocument([&](auto& document) { WriteAppointments(document, meetings); });
 }
 
-WString BuildSharedAppointmentsXml(std::span<const SharedMeeting> meetings)
+CEventText BuildAppointmentsEvent(std::span<const SharedMeeting> meetings)
 {
-    return BuildAppointments(meetings);
+    return BuildEventDocument([&](auto& document) { WriteAppointments(document, meetings); });
 }

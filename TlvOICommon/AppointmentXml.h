@@ -3,6 +3,7 @@
 #include <span>
 
 #include "AppointmentRecords.h"
+#include "EventText.h"
 #include "PlatformTypes.h"
 
 /// The appointment documents for the client.
@@ -17,5 +18,6 @@ WString BuildAppointmentXml(const MeetingInfo& meeting);
 
 /// <appointments> around one <appointment> for each record, in their order.
 WString BuildAppointmentsXml(std::span<const MeetingInfo> meetings);
-/// The same of shared records, none of them null.
-WString BuildSharedAppointmentsXml(std::span<const SharedMeeting> meetings);
+/// The same of shared records, none of them null, ready to be posted: a listing can be of hundreds of
+/// megabytes.
+CEventText BuildAppointmentsEvent(std::span<const SharedMeeting> meetings);

@@ -8,6 +8,7 @@
 #include <span>
 #include <string_view>
 
+#include "EventText.h"
 #include "HexText.h"
 #include "PlatformTypes.h"
 #include "XmlText.h"
@@ -223,16 +224,42 @@ private:
     }
 };
 
-/// The document that `write` writes into whatever CDocument it is given; it is called twice and has
-/// to write the same both times.
+/// The units of the document that `write` writes into whatever CDocument it is given.
+template <typename Write>
+std::size_t DocumentLength(const Write& write)
+{
+    CDocument<CLengthSink> length;
+    write(length);
+    return length.Length();
+}
+
+/// Writes that document into room for as many units.
+template <typename Write>
+void FillDocument(const Write& write, WCHAR* room)
+{
+    CDocument<CFillSink> fill(room);
+    write(fill);
+}
+
+/// The document that `write` writes; it is called twice and has to write the same both times.
 /// Errors: std::bad_alloc when memory runs out, std::length_error beyond what a string can hold.
 template <typename Write>
 WString BuildDocument(const Write& write)
 {
-    CDocument<CLengthSink> length;
-    write(length);
-    WString text(length.Length(), WCHAR{});
-    CDocument<CFillSink> fill(text.data());
-    write(fill);
+    WString text(DocumentLength(write), WCHAR{});
+    FillDocument(write, text.data());
+    return text;
+}
+
+/// The same, built where the event window takes it from.
+/// Errors: a lost text when memory runs out.
+template <typename Write>
+CEventText BuildEventDocument(const Write& write)
+{
+    CEventText text(DocumentLength(write));
+    if (!text.IsLost())
+    {
+        FillDocument(write, text.Data());
+    }
     return text;
 }

@@ -1,15 +1,21 @@
 #include "EventPost.h"
 
-#include <cstring>
-
 #include "AtMemory.h"
 #include "EventWindow.h"
 #include "Trace.h"
 
 void PostEventText(UINT message, WPARAM wParam, WStringView text, const char* handler) noexcept
 {
-    auto* const block = static_cast<WCHAR*>(at_mem_alloc((text.size() + 1) * sizeof(WCHAR)));
-    if (block == nullptr)
+    PostEventText(message, wParam, CEventText(text), handler);
+}
+
+void PostEventText(UINT message, WPARAM wParam, CEventText text, const char* handler) noexcept
+{
+    if (text.Data() == nullptr && !text.IsLost())
+    {
+        text = CEventText(WStringView{}); // nothing was built, and nothing is sent, terminated
+    }
+    if (text.IsLost())
     {
         if (handler != nullptr)
         {
@@ -17,12 +23,7 @@ void PostEventText(UINT message, WPARAM wParam, WStringView text, const char* ha
         }
         return;
     }
-    if (!text.empty())
-    {
-        std::memcpy(block, text.data(), text.size() * sizeof(WCHAR));
-    }
-    block[text.size()] = 0;
-
+    auto* const block = text.Release();
     auto* const window = EventWindow();
     if (window == nullptr ||
         PostMessageW(window, message, wParam, reinterpret_cast<LPARAM>(block)) == FALSE)

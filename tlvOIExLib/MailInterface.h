@@ -7,6 +7,7 @@
 #include <memory>
 #include <vector>
 
+#include "EventText.h"
 #include "PlatformTypes.h"
 
 struct ContactRecord;
@@ -38,7 +39,7 @@ public:
     virtual ULONG SendMail(WString subject, WString recipients, WString body, ULONG flag) = 0;
     /// Answers 1 when `smtp` was set, else 0.
     virtual ULONG GetSMTPFromDispName(const WString& name, WString& smtp) = 0;
-    virtual ULONG ListAppointment(FILETIME start, FILETIME end, WString& xml) = 0;
+    virtual ULONG ListAppointment(FILETIME start, FILETIME end, CEventText& xml) = 0;
     virtual ULONG ListRecurrentInstance(const WString& entryId,
                                         const FILETIME* start,
                                         const FILETIME* end,

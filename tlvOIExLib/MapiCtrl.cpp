@@ -121,7 +121,7 @@ ULONG CMapiCtrl::GetSMTPFromDispName(const WString& name, WString& smtp)
     return mail != nullptr ? mail->GetSMTPFromDispName(name, smtp) : 0;
 }
 
-ULONG CMapiCtrl::ListAppointment(FILETIME start, FILETIME end, WString& xml)
+ULONG CMapiCtrl::ListAppointment(FILETIME start, FILETIME end, CEventText& xml)
 {
     CMailInterface* const mail = InForce();
     return mail != nullptr ? mail->ListAppointment(start, end, xml) : 0;

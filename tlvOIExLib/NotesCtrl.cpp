@@ -17,7 +17,7 @@ ULONG CNotesCtrl::GetSMTPFromDispName(const WString&, WString&)
     return 0;
 }
 
-ULONG CNotesCtrl::ListAppointment(FILETIME, FILETIME, WString&)
+ULONG CNotesCtrl::ListAppointment(FILETIME, FILETIME, CEventText&)
 {
     return kNotProvided;
 }

@@ -39,7 +39,7 @@ public:
 
     ULONG SendMail(WString subject, WString recipients, WString body, ULONG flag) override;
     ULONG GetSMTPFromDispName(const WString& name, WString& smtp) override;
-    ULONG ListAppointment(FILETIME start, FILETIME end, WString& xml) override;
+    ULONG ListAppointment(FILETIME start, FILETIME end, CEventText& xml) override;
     ULONG ListRecurrentInstance(const WString& entryId,
                                 const FILETIME* start,
                                 const FILETIME* end,

@@ -201,7 +201,7 @@ void InheritUnreadBodies(const MeetingInfo& master, std::span<MeetingInfo> insta
 
 } // namespace
 
-ULONG COutlookCtrl::ListAppointment(FILETIME start, FILETIME end, WString& xml)
+ULONG COutlookCtrl::ListAppointment(FILETIME start, FILETIME end, CEventText& xml)
 {
     constexpr const char* kFunction = "COutlookCtrl::ListAppointment";
     SEND_TRACE(3, kFunction, "ListAppointment");
@@ -232,7 +232,7 @@ ULONG COutlookCtrl::ListAppointment(FILETIME start, FILETIME end, WString& xml)
                kFunction,
                "CMyMAPICtrl::ListAppointment - Got [%d] appointment(s)",
                static_cast<int>(count));
-    xml = BuildSharedAppointmentsXml(list);
+    xml = BuildAppointmentsEvent(list);
     return 0;
 }
 

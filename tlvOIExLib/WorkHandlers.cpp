@@ -1,5 +1,7 @@
 #include <windows.h>
 
+#include <utility>
+
 #include "ContactRecord.h"
 #include "ContactXml.h"
 #include "EventMessages.h"
@@ -78,13 +80,15 @@ void CWorkThread::CallGetSMTPAddress(const WorkTask& task)
 
 void CWorkThread::CallGetAppointments(const WorkTask& task)
 {
-    WString xml;
+    CEventText xml;
     if (IsReady())
     {
         m_pMailCtrl->ListAppointment(TimeOfParam(task.Param1), TimeOfParam(task.Param2), xml);
     }
-    PostEventText(
-        WM_EVENT_LIST_APPOINTMENT, task.ulSequenceID, xml, "CWorkThread::CallGetAppointments");
+    PostEventText(WM_EVENT_LIST_APPOINTMENT,
+                  task.ulSequenceID,
+                  std::move(xml),
+                  "CWorkThread::CallGetAppointments");
 }
 
 void CWorkThread::CallGetRecurrentInstances(const WorkTask& task)

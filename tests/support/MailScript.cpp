@@ -72,10 +72,13 @@ public:
         m_script.Note(Call("GetSMTPFromDispName", Text(name)));
         return Run(m_script.getSmtp, smtp);
     }
-    ULONG ListAppointment(FILETIME start, FILETIME end, WString& xml) override
+    ULONG ListAppointment(FILETIME start, FILETIME end, CEventText& xml) override
     {
         m_script.Note(Call("ListAppointment", Time(start), Time(end)));
-        return Run(m_script.listAppointment, xml);
+        WString text;
+        const ULONG result = Run(m_script.listAppointment, text);
+        xml = CEventText(WStringView(text));
+        return result;
     }
     ULONG ListRecurrentInstance(const WString& entryId,
                                 const FILETIME* start,

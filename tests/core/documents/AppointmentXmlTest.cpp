@@ -171,8 +171,8 @@ TEST(AppointmentXml, SharedRecordsGiveTheDocumentOfTheirCopies)
     const std::vector<SharedMeeting> shared = {std::make_shared<const MeetingInfo>(first),
                                                std::make_shared<const MeetingInfo>(second)};
 
-    EXPECT_EQ(BuildSharedAppointmentsXml(shared), BuildAppointmentsXml(copies));
-    EXPECT_EQ(BuildSharedAppointmentsXml({}), BuildAppointmentsXml({}));
+    EXPECT_EQ(BuildAppointmentsEvent(shared).View(), BuildAppointmentsXml(copies));
+    EXPECT_EQ(BuildAppointmentsEvent({}).View(), BuildAppointmentsXml({}));
 }
 
 TEST(AppointmentXml, TheMonthComesFirst)

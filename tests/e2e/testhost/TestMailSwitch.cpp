@@ -95,12 +95,12 @@ public:
     }
     [[nodiscard]] ULONG GetMailType() const override { return m_mailType; }
 
-    ULONG ListAppointment(FILETIME start, FILETIME /*end*/, WString& xml) override
+    ULONG ListAppointment(FILETIME start, FILETIME /*end*/, CEventText& xml) override
     {
         switch (BehaviourOf(start))
         {
         case TestBehaviour::OneAppointment:
-            xml = kOneAppointment;
+            xml = CEventText(kOneAppointment);
             return 0;
         case TestBehaviour::Hang:
             HangUntilToldToGoOn();
@@ -116,7 +116,7 @@ public:
             SetTraceRoute(&g_faultyRoute);
             ReadFromNowhere();
         case TestBehaviour::LargeDocument:
-            xml.assign(kLargeUnits, L'x');
+            xml = CEventText(std::wstring(kLargeUnits, L'x'));
             return 0;
         case TestBehaviour::ManyChanges:
             for (unsigned change = 0; change < kManyChanges; ++change)
@@ -137,12 +137,12 @@ public:
         case TestBehaviour::EmptyText:
             return 0;
         case TestBehaviour::FolderFailure:
-            xml = kFolderFailure;
+            xml = CEventText(kFolderFailure);
             return 0;
         case TestBehaviour::EmptyListing:
             break;
         }
-        xml = L"<appointments></appointments>";
+        xml = CEventText(L"<appointments></appointments>");
         return 0;
     }
 

@@ -119,8 +119,9 @@ MAPI_TBLSinkInfo& CalendarTest::AddFolder()
 
 std::vector<std::wstring> CalendarTest::List(const std::string& start, const std::string& end)
 {
-    m_xml.clear();
-    m_listed = m_outlook.ListAppointment(MachineTimeOf(start), MachineTimeOf(end), m_xml);
+    CEventText listing;
+    m_listed = m_outlook.ListAppointment(MachineTimeOf(start), MachineTimeOf(end), listing);
+    m_xml = listing.View();
     return Values(L"subject");
 }
 

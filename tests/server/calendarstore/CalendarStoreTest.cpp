@@ -42,8 +42,9 @@ void ListingStoreTest::TearDown()
 
 Texts ListingStoreTest::List(const std::string& start, const std::string& end)
 {
-    xml.clear();
-    listed = outlook.ListAppointment(MachineTimeOf(start), MachineTimeOf(end), xml);
+    CEventText listing;
+    listed = outlook.ListAppointment(MachineTimeOf(start), MachineTimeOf(end), listing);
+    xml = listing.View();
     return Values(L"subject");
 }
 

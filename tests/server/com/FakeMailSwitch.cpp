@@ -18,11 +18,11 @@ public:
     }
     ULONG SendMail(WString, WString, WString, ULONG) override { return 0; }
     ULONG GetSMTPFromDispName(const WString&, WString&) override { return 0; }
-    ULONG ListAppointment(FILETIME start, FILETIME end, WString& xml) override
+    ULONG ListAppointment(FILETIME start, FILETIME end, CEventText& xml) override
     {
         TheFakeMail().listStart = TaskTime(start);
         TheFakeMail().listEnd = TaskTime(end);
-        xml = L"<appointments></appointments>";
+        xml = CEventText(L"<appointments></appointments>");
         return 0;
     }
     ULONG ListRecurrentInstance(const WString&, const FILETIME*, const FILETIME*, WString&) override

@@ -107,6 +107,7 @@ TEST_F(MailCtrlTest, NotesAnswersAndDoesNothing)
 {
     CNotesCtrl notes;
     WString text = L"kept";
+    CEventText listing;
     std::vector<MailRecord> mails;
     std::vector<ContactRecord> contacts;
     ContactRecord contact;
@@ -115,7 +116,7 @@ TEST_F(MailCtrlTest, NotesAnswersAndDoesNothing)
 
     EXPECT_EQ(notes.SendMail(L"a", L"b;", L"c", 0), 0U);
     EXPECT_EQ(notes.GetSMTPFromDispName(L"a", text), 0U);
-    EXPECT_EQ(notes.ListAppointment(time, time, text), 0x80004005U);
+    EXPECT_EQ(notes.ListAppointment(time, time, listing), 0x80004005U);
     EXPECT_EQ(notes.ListRecurrentInstance(L"a", &time, &time, text), 0U);
     EXPECT_EQ(notes.ListRecentEmail(1, L"a", 1, mails), 0x80004005U);
     EXPECT_EQ(notes.GetAppointment(L"a", text), 0U);

@@ -29,12 +29,12 @@ bool HasDocument(CMapiCtrl& mail)
 TEST_F(MapiCtrlTest, StartsWithoutAMailSystem)
 {
     CMapiCtrl mail;
-    WString text;
+    CEventText listing;
     std::vector<ContactRecord> contacts;
 
     EXPECT_EQ(mail.Init(), 0U);
     EXPECT_EQ(mail.GetMailType(), 0U);
-    EXPECT_EQ(mail.ListAppointment({}, {}, text), 0U);
+    EXPECT_EQ(mail.ListAppointment({}, {}, listing), 0U);
     EXPECT_EQ(mail.SearchContacts(L"a", contacts, 1), 0U);
     EXPECT_EQ(mail.ResolveContacts(L"a", contacts, 1), 0U);
 }
@@ -61,7 +61,8 @@ TEST_F(MapiCtrlTest, SecondInitOfATypeAnswersZeroAlsoWhenTheFirstFailed)
 
     // The controller looks ready and is not: the listing is refused by its status.
     WString text;
-    EXPECT_EQ(mail.ListAppointment({}, {}, text), 1U);
+    CEventText listing;
+    EXPECT_EQ(mail.ListAppointment({}, {}, listing), 1U);
     EXPECT_EQ(text, L"");
     EXPECT_TRUE(HasDocument(mail));
     mail.FreeLib();
@@ -147,7 +148,8 @@ TEST_F(MapiCtrlTest, RefusedTypeLeavesOutlookAtWork)
 
     EXPECT_EQ(mail.GetMailType(), 1U);
     WString text;
-    EXPECT_EQ(mail.ListAppointment({}, {}, text), 0U);
+    CEventText listing;
+    EXPECT_EQ(mail.ListAppointment({}, {}, listing), 0U);
     EXPECT_EQ(text, L"<appointments></appointments>");
     mail.FreeLib();
 }
@@ -172,11 +174,12 @@ TEST_F(MapiCtrlTest, NotesIsAskedForEverythingButOneAppointment)
     CMapiCtrl mail;
     ASSERT_EQ(mail.Init(16, 1), 0x80004005U);
     WString text;
+    CEventText listing;
     std::vector<MailRecord> mails;
     std::vector<ContactRecord> contacts;
     ContactRecord contact;
 
-    EXPECT_EQ(mail.ListAppointment({}, {}, text), 0x80004005U);
+    EXPECT_EQ(mail.ListAppointment({}, {}, listing), 0x80004005U);
     EXPECT_EQ(mail.ListRecentEmail(1, L"a", 1, mails), 0x80004005U);
     EXPECT_EQ(mail.GetPersonalContact(contacts), 0x80004005U);
     EXPECT_EQ(mail.SearchContacts(L"a", contacts, 5), 0x80004005U);
@@ -199,11 +202,12 @@ TEST_F(MapiCtrlTest, AfterFreeLibEveryOperationAnswersZero)
     mail.FreeLib();
     EXPECT_EQ(mail.GetMailType(), 1U);
     WString text;
+    CEventText listing;
     std::vector<MailRecord> mails;
     std::vector<ContactRecord> contacts;
     ContactRecord contact;
 
-    EXPECT_EQ(mail.ListAppointment({}, {}, text), 0U);
+    EXPECT_EQ(mail.ListAppointment({}, {}, listing), 0U);
     EXPECT_EQ(mail.ListRecentEmail(1, L"a", 1, mails), 0U);
     EXPECT_EQ(mail.GetMsgInfoByTableSink(nullptr, L"AB", L"CD", text), 0U);
     EXPECT_EQ(mail.DeleteMsgInfoByTableSink(L"CD", text), 0U);
@@ -235,7 +239,8 @@ TEST_F(MapiCtrlTest, FailedBringUpIsForgottenWithItsController)
     EXPECT_EQ(mail.Init(1, 1), 0U);
 
     WString text;
-    EXPECT_EQ(mail.ListAppointment({}, {}, text), 0U);
+    CEventText listing;
+    EXPECT_EQ(mail.ListAppointment({}, {}, listing), 0U);
     EXPECT_EQ(text, L"<appointments></appointments>");
     mail.FreeLib();
 }

@@ -48,7 +48,7 @@ class CRecordingSwitch final : public IMailSwitch
 public:
     ULONG SendMail(WString, WString, WString, ULONG) override { return 0; }
     ULONG GetSMTPFromDispName(const WString&, WString&) override { return 0; }
-    ULONG ListAppointment(FILETIME, FILETIME, WString&) override { return 0; }
+    ULONG ListAppointment(FILETIME, FILETIME, CEventText&) override { return 0; }
     ULONG
     ListRecurrentInstance(const WString&, const FILETIME*, const FILETIME*, WString&) override
     {

@@ -89,8 +89,9 @@ SweepResult RunSweepScenario()
     result.init = outlook.Init(1);
     outlook.Init(2);
 
-    WString listing;
-    result.listing = outlook.ListAppointment(FirstOf(2026, 11), FirstOf(2026, 12), listing);
+    CEventText listed;
+    result.listing = outlook.ListAppointment(FirstOf(2026, 11), FirstOf(2026, 12), listed);
+    const WString listing(listed.View());
     result.isListingWhole = IsWhole(listing, L"appointments");
     result.appointments = CountOf(listing, L"<appointment>");
 
