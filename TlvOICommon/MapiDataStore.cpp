@@ -1,6 +1,8 @@
 #include "MapiDataStore.h"
 
 #include <algorithm>
+#include <compare>
+#include <cstring>
 #include <memory>
 #include <utility>
 
@@ -25,15 +27,58 @@ bool SameHexText(WStringView left, WStringView right) noexcept
     });
 }
 
-template <typename Map>
-auto FindByInstance(Map& appointments, WStringView instanceHex)
+const BinaryBlock& InstanceKeyOf(const SharedMeeting& meeting) noexcept
 {
-    return std::find_if(appointments.begin(), appointments.end(), [&](const auto& entry) {
-        return IsHexTextOf(instanceHex, entry.second->itemRef.instanceKey);
-    });
+    return meeting->itemRef.instanceKey;
 }
 
 } // namespace
+
+bool CMapiDataStore::KeyOrder::operator()(const WString& left, const WString& right) const noexcept
+{
+    constexpr std::size_t kUnits = sizeof(std::uint64_t) / sizeof(WCHAR);
+    const std::size_t common = std::min(left.size(), right.size());
+    std::size_t same = 0;
+    while (same + kUnits <= common &&
+           std::memcmp(left.data() + same, right.data() + same, sizeof(std::uint64_t)) == 0)
+    {
+        same += kUnits;
+    }
+    return WStringView(left).substr(same) < WStringView(right).substr(same);
+}
+
+bool CMapiDataStore::ByInstance::operator()(AppointmentMap::const_iterator left,
+                                            AppointmentMap::const_iterator right) const noexcept
+{
+    const auto order = InstanceKeyOf(left->second) <=> InstanceKeyOf(right->second);
+    return std::is_eq(order) ? KeyOrder()(left->first, right->first) : std::is_lt(order);
+}
+
+bool CMapiDataStore::ByInstance::operator()(AppointmentMap::const_iterator left,
+                                            const BinaryBlock& instanceKey) const noexcept
+{
+    return InstanceKeyOf(left->second) < instanceKey;
+}
+
+// Called with m_mapLock held.
+CMapiDataStore::AppointmentMap::const_iterator CMapiDataStore::FindByInstance(
+    WStringView instanceHex) const
+{
+    const BinaryBlock instanceKey = BytesOfHexText(instanceHex);
+    const auto found = m_byInstance.lower_bound(instanceKey);
+    // The text itself counts: another text can be read as the same bytes.
+    return found != m_byInstance.end() && InstanceKeyOf((*found)->second) == instanceKey &&
+                   IsHexTextOf(instanceHex, instanceKey)
+               ? *found
+               : m_appointments.end();
+}
+
+// Called with m_mapLock held.
+void CMapiDataStore::Erase(AppointmentMap::const_iterator entry)
+{
+    m_byInstance.erase(entry);
+    m_appointments.erase(entry);
+}
 
 bool CMapiDataStore::AddAppointment(const WString& key, MeetingInfo record)
 {
@@ -43,7 +88,24 @@ bool CMapiDataStore::AddAppointment(const WString& key, MeetingInfo record)
 bool CMapiDataStore::AddAppointment(const WString& key, SharedMeeting record)
 {
     const std::scoped_lock hold(m_mapLock);
-    m_appointments.insert_or_assign(key, std::move(record));
+    const auto [entry, isNew] = m_appointments.try_emplace(key, record);
+    if (!isNew)
+    {
+        // With its place in the order, which the new record may change, and without a need for memory.
+        auto place = m_byInstance.extract(entry);
+        entry->second = std::move(record);
+        m_byInstance.insert(std::move(place));
+        return true;
+    }
+    try
+    {
+        m_byInstance.insert(entry);
+    }
+    catch (...)
+    {
+        m_appointments.erase(entry);
+        throw;
+    }
     return true;
 }
 
@@ -68,13 +130,19 @@ SharedMeeting CMapiDataStore::FindAppointment(const WString& key) const
 bool CMapiDataStore::RemoveAppointment(const WString& key)
 {
     const std::scoped_lock hold(m_mapLock);
-    return m_appointments.erase(key) != 0;
+    const auto found = m_appointments.find(key);
+    if (found == m_appointments.end())
+    {
+        return false;
+    }
+    Erase(found);
+    return true;
 }
 
 bool CMapiDataStore::FindAppointmentByInstance(WStringView instanceHex, MeetingInfo& record) const
 {
     const std::scoped_lock hold(m_mapLock);
-    const auto found = FindByInstance(m_appointments, instanceHex);
+    const auto found = FindByInstance(instanceHex);
     if (found == m_appointments.end())
     {
         return false;
@@ -86,13 +154,13 @@ bool CMapiDataStore::FindAppointmentByInstance(WStringView instanceHex, MeetingI
 bool CMapiDataStore::TakeAppointmentByInstance(WStringView instanceHex, MeetingInfo& record)
 {
     const std::scoped_lock hold(m_mapLock);
-    const auto found = FindByInstance(m_appointments, instanceHex);
+    const auto found = FindByInstance(instanceHex);
     if (found == m_appointments.end())
     {
         return false;
     }
     record = *found->second;
-    m_appointments.erase(found);
+    Erase(found);
     return true;
 }
 
@@ -188,6 +256,7 @@ bool CMapiDataStore::RemoveSeries(const WString& key)
 void CMapiDataStore::ClearDataStore()
 {
     const std::scoped_lock hold(m_mapLock);
+    m_byInstance.clear();
     m_appointments.clear();
     m_addresses.clear();
     m_contacts.clear();

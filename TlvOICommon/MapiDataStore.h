@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <map>
 #include <mutex>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -89,13 +90,34 @@ public:
     bool IsReleasing() const;
 
 private:
-    using AppointmentMap = std::map<WString, SharedMeeting>;
+    /// By code unit, like WString's own order, but many units at a time: the keys of one store begin
+    /// alike, with some fifty units that are the same in all of them.
+    struct KeyOrder
+    {
+        bool operator()(const WString& left, const WString& right) const noexcept;
+    };
+
+    using AppointmentMap = std::map<WString, SharedMeeting, KeyOrder>;
+
+    /// By instance key, and among equal ones by the key of the map.
+    struct ByInstance
+    {
+        using is_transparent = void;
+        bool operator()(AppointmentMap::const_iterator left,
+                        AppointmentMap::const_iterator right) const noexcept;
+        bool operator()(AppointmentMap::const_iterator left,
+                        const BinaryBlock& instanceKey) const noexcept;
+    };
+
+    AppointmentMap::const_iterator FindByInstance(WStringView instanceHex) const;
+    void Erase(AppointmentMap::const_iterator entry);
 
     // Both locks are recursive: a thread that dies inside an operation comes back from the crash filter
     // to set the flag and to empty the maps.
 
     // All guarded by m_mapLock.
     AppointmentMap m_appointments;
+    std::set<AppointmentMap::const_iterator, ByInstance> m_byInstance; // each of them
     std::map<WString, AttendeeInfo> m_addresses;
     std::map<WString, ContactRecord> m_contacts;
     std::map<WString, SeriesRecipients> m_series;

@@ -16,7 +16,7 @@ extern "C"
     void TLVTRACERAWA(unsigned code, const char* module, int zero, const char* text) noexcept;
 
     /// Waits until every line of this process so far stands in the file, at most so long. For a process
-    /// that dies at once: lines gather in memory for up to a tenth of a second before they are written.
+    /// that dies at once: lines gather in memory for up to half a second before they are written.
     /// Errors: 0 when lines are still waiting, else 1.
     int TLVTRACEFLUSH(unsigned timeoutMs) noexcept;
 }

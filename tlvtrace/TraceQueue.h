@@ -34,7 +34,7 @@ struct QueueLimits
     DWORD fullWaitMs = 20;
     /// How long the writer lets lines gather before it opens the file. A listing traces for seconds, and
     /// opening the file for each few lines would cost as much as the listing itself.
-    DWORD gatherMs = 100;
+    DWORD gatherMs = 500;
 };
 
 /// Takes lines from any thread at the cost of a copy, and writes them on a thread of its own.

@@ -111,6 +111,11 @@ ProcessFigures CBenchSession::Server() const
     return figures;
 }
 
+CCpuMeter CBenchSession::Meter() const
+{
+    return {m_process, BuildPath(L"dtOIEx64.exe")};
+}
+
 double CBenchSession::List()
 {
     const dtclient::ListWindow week{{2026, 11, 2, 0, 0, 0}, {2026, 11, 7, 0, 0, 0}};

@@ -50,6 +50,8 @@ public:
     [[nodiscard]] std::size_t Appointments() const;
 
     [[nodiscard]] ProcessFigures Server() const;
+    /// A meter of the server's processor time from now on.
+    [[nodiscard]] CCpuMeter Meter() const;
     dtclient::CServerSession& Session() { return *m_session; }
 
 private:

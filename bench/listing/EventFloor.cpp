@@ -64,11 +64,11 @@ bool MeasureOnce(const std::wstring& path, UINT characters, EventCost& cost)
         return false;
     }
     HANDLE process = OpenProcess(PROCESS_QUERY_INFORMATION | SYNCHRONIZE, FALSE, ids.front());
-    const double cpu = CpuMsOf(process, path);
+    const CCpuMeter meter(process, path);
     const double start = NowMs();
     const std::size_t received = SendOne(*bare.Get(), characters);
     cost.wallMs = NowMs() - start;
-    cost.cpuMs = CpuMsOf(process, path) - cpu;
+    cost.cpuMs = meter.SpentMs();
     bare.Reset();
     WaitForSingleObject(process, kPatienceMs);
     CloseHandle(process);

@@ -1,8 +1,9 @@
 // One listing of 100, 1,000 and 2,000 appointments, a tenth of them series and five attendees each, from
 // the call to the event over COM: with a fresh server, and again from what it holds by then. Beside it the
-// floor, a bare reading of the same messages through the same calls; and apart, the pauses that the server
-// makes for the mail client's sake, one behind each attendee, and an event with as long a text from a bare
-// COM server. Then a thousand listings in a row.
+// floor, a bare program's first reading of the same messages through the same calls, which makes the pauses
+// that the server makes for the mail client's sake, one behind each attendee: between them the processor
+// forgets much of what it had at hand. Apart from it the pauses alone, an event with as long a text from a
+// bare COM server, and a later reading without pauses. Then a thousand listings in a row.
 //
 // listing_bench [APPOINTMENTS | row]: that size alone, or only the listings in a row.
 #include <windows.h>
@@ -13,6 +14,7 @@
 #include <array>
 #include <cstdio>
 #include <cwchar>
+#include <numeric>
 #include <optional>
 #include <vector>
 
@@ -27,8 +29,7 @@ constexpr std::uint32_t kAttendees = 5;
 constexpr unsigned kInARow = 1000;
 constexpr unsigned kRowStep = 100;
 
-/// What one size is measured by: more runs where one is short, since the system counts processor time in
-/// long steps.
+/// What one size is measured by: more runs where one is short.
 struct Size
 {
     std::uint32_t appointments;
@@ -36,7 +37,7 @@ struct Size
     unsigned floorRounds;
 };
 
-constexpr std::array<Size, 3> kSizes = {{{100, 10, 100}, {1000, 5, 20}, {2000, 5, 10}}};
+constexpr std::array<Size, 3> kSizes = {{{100, 20, 100}, {1000, 9, 20}, {2000, 5, 10}}};
 
 struct Cost
 {
@@ -50,60 +51,44 @@ double MedianOf(std::vector<double> values)
     return values.empty() ? 0 : values[values.size() / 2];
 }
 
-double MeanOf(const std::vector<double>& values)
+/// One run of the floor's program, which is to do something so often.
+bool RunFloor(const std::wstring& arguments, unsigned wanted, std::vector<Cost>& costs)
 {
-    double sum = 0;
-    for (const double value : values)
+    const ProgramResult result = RunProgram(BuildPath(L"bench\\listing_floor.exe"), arguments);
+    unsigned done = 0;
+    Cost cost;
+    if (std::sscanf(result.output.c_str(), "%u %lf %lf", &done, &cost.wallMs, &cost.cpuMs) != 3 ||
+        done != wanted)
     {
-        sum += value;
+        std::fprintf(
+            stderr, "The floor counts %u, not %u. %s\n", done, wanted, result.errors.c_str());
+        return false;
     }
-    return values.empty() ? 0 : sum / static_cast<double>(values.size());
-}
-
-bool MeasureFloor(const CBenchMachine& machine,
-                  const Size& size,
-                  unsigned rounds,
-                  const wchar_t* how,
-                  Cost& floor)
-{
-    std::vector<double> walls;
-    std::vector<double> cpus;
-    for (unsigned run = 0; run < 3; ++run)
-    {
-        const ProgramResult result =
-            RunProgram(BuildPath(L"bench\\listing_floor.exe"),
-                       L"\"" + machine.Folder() + L"\" " + std::to_wstring(rounds) + how);
-        unsigned messages = 0;
-        double wall = 0;
-        double cpu = 0;
-        if (std::sscanf(result.output.c_str(), "%u %lf %lf", &messages, &wall, &cpu) != 3 ||
-            messages != size.appointments)
-        {
-            std::fprintf(
-                stderr, "The floor reads %u messages. %s\n", messages, result.errors.c_str());
-            return false;
-        }
-        walls.push_back(wall);
-        cpus.push_back(cpu);
-    }
-    floor = {MedianOf(walls), MedianOf(cpus)};
+    costs.push_back(cost);
     return true;
 }
 
-struct Listings
+/// The middle of each.
+Cost FiguresOf(const std::vector<Cost>& costs)
 {
     std::vector<double> walls;
     std::vector<double> cpus;
-    [[nodiscard]] Cost Figures() const { return {MedianOf(walls), MeanOf(cpus)}; }
-};
+    for (const Cost& cost : costs)
+    {
+        walls.push_back(cost.wallMs);
+        cpus.push_back(cost.cpuMs);
+    }
+    return {MedianOf(walls), MedianOf(cpus)};
+}
 
 /// Lists once and counts the server's processor time.
-bool ListOnce(CBenchSession& session, std::uint32_t wanted, Listings& listings)
+bool ListOnce(CBenchSession& session, std::uint32_t wanted, std::vector<Cost>& listings)
 {
-    const double before = session.Server().cpuMs;
-    const double wall = session.List();
-    listings.walls.push_back(wall);
-    listings.cpus.push_back(session.Server().cpuMs - before);
+    const CCpuMeter meter = session.Meter();
+    Cost cost;
+    cost.wallMs = session.List();
+    cost.cpuMs = meter.SpentMs();
+    listings.push_back(cost);
     if (session.Appointments() != wanted)
     {
         std::fprintf(
@@ -113,6 +98,112 @@ bool ListOnce(CBenchSession& session, std::uint32_t wanted, Listings& listings)
     return true;
 }
 
+/// What is measured side by side, run by run, so that a slower minute of the machine slows all of it.
+struct Measured
+{
+    std::vector<Cost> first;  ///< The first listing of a new server.
+    std::vector<Cost> again;  ///< Its second.
+    std::vector<Cost> paused; ///< A new bare program's first reading, with the pauses.
+    std::vector<Cost> pauses; ///< The pauses alone.
+    std::vector<Cost> warm;   ///< A later reading of a bare program, without pauses.
+    std::vector<Cost> event;  ///< An event of a bare server.
+    std::array<ProcessFigures, 3> memory;
+    std::size_t characters = 0;
+};
+
+bool MeasureServer(const Size& size, Measured& measured)
+{
+    CBenchSession session;
+    if (!session.Start())
+    {
+        return false;
+    }
+    measured.memory[0] = session.Server();
+    if (!ListOnce(session, size.appointments, measured.first))
+    {
+        return false;
+    }
+    measured.memory[1] = session.Server();
+    if (!ListOnce(session, size.appointments, measured.again))
+    {
+        return false;
+    }
+    measured.memory[2] = session.Server();
+    measured.characters = session.Document().size();
+    return true;
+}
+
+bool MeasureRun(const CBenchMachine& machine, const Size& size, Measured& measured)
+{
+    const std::wstring folder = L"\"" + machine.Folder() + L"\" ";
+    const unsigned pauses = size.appointments * kAttendees;
+    if (!MeasureServer(size, measured) ||
+        !RunFloor(folder + L"1 pauses", size.appointments, measured.paused) ||
+        !RunFloor(L"pauses " + std::to_wstring(pauses), pauses, measured.pauses) ||
+        !RunFloor(folder + std::to_wstring(size.floorRounds), size.appointments, measured.warm))
+    {
+        return false;
+    }
+    const std::optional<EventCost> event = MeasureEventFloor(measured.characters, 1);
+    if (event)
+    {
+        measured.event.push_back({event->wallMs, event->cpuMs});
+    }
+    return event.has_value();
+}
+
+void Print(const Size& size, const Measured& measured)
+{
+    const Cost first = FiguresOf(measured.first);
+    const Cost again = FiguresOf(measured.again);
+    const Cost pauses = FiguresOf(measured.pauses);
+    const Cost event = FiguresOf(measured.event);
+    const Cost warm = FiguresOf(measured.warm);
+    const double floor = FiguresOf(measured.paused).cpuMs - pauses.cpuMs;
+    std::vector<double> beyond;
+    for (std::size_t run = 0; run < measured.first.size(); ++run)
+    {
+        beyond.push_back(measured.first[run].cpuMs - measured.paused[run].cpuMs -
+                         measured.event[run].cpuMs);
+    }
+    const double middle = MedianOf(beyond);
+    std::printf("%u appointments, %u series among them, %zu characters; middle of %u servers:\n",
+                size.appointments,
+                size.appointments / 10,
+                measured.characters,
+                size.runs);
+    std::printf("  first listing    %9.1f ms, of which %9.1f ms are %u pauses\n",
+                first.wallMs,
+                pauses.wallMs,
+                size.appointments * kAttendees);
+    std::printf(
+        "  a bare event     %9.1f ms: as long a text from a server that does nothing else\n",
+        event.wallMs);
+    std::printf("  processor time   %9.1f ms: %.1f the pauses, %.1f the floor, %.1f a bare event, "
+                "%.1f beyond these (mean %.1f)\n",
+                first.cpuMs,
+                pauses.cpuMs,
+                floor,
+                event.cpuMs,
+                middle,
+                std::accumulate(beyond.begin(), beyond.end(), 0.0) /
+                    static_cast<double>(beyond.size()));
+    std::printf("  beyond is        %9.2f of the floor between pauses; %.2f of the %.1f ms of a "
+                "reading without them\n",
+                middle / floor,
+                middle / warm.cpuMs,
+                warm.cpuMs);
+    std::printf(
+        "  again            %9.1f ms, processor time %9.1f ms\n", again.wallMs, again.cpuMs);
+    std::printf(
+        "  working set      %9.0f KiB before, %9.0f KiB behind the first, %9.0f KiB behind the "
+        "second\n",
+        measured.memory[0].workingSetKiB,
+        measured.memory[1].workingSetKiB,
+        measured.memory[2].workingSetKiB);
+    std::fflush(stdout);
+}
+
 bool MeasureSize(const CBenchMachine& machine, const Size& size)
 {
     SampleShape shape;
@@ -120,78 +211,18 @@ bool MeasureSize(const CBenchMachine& machine, const Size& size)
     shape.recurringEvery = 10;
     shape.attendees = kAttendees;
     machine.PutStore(shape);
-    // What the pauses cost is what they add to the floor: behind each of them the processor has forgotten
-    // much of what it had at hand.
-    Cost floor;
-    Cost paused;
-    if (!MeasureFloor(machine, size, size.floorRounds, L"", floor) ||
-        !MeasureFloor(machine, size, 1 + 1000 / size.appointments, L" pauses", paused))
-    {
-        return false;
-    }
-    Listings first;
-    Listings again;
-    std::array<ProcessFigures, 3> memory;
-    std::size_t characters = 0;
+    Measured measured;
     for (unsigned run = 0; run < size.runs; ++run)
     {
-        CBenchSession session;
-        if (!session.Start())
+        std::fprintf(
+            stderr, "\r%u appointments: run %u of %u ", size.appointments, run + 1, size.runs);
+        if (!MeasureRun(machine, size, measured))
         {
             return false;
         }
-        memory[0] = session.Server();
-        if (!ListOnce(session, size.appointments, first))
-        {
-            return false;
-        }
-        memory[1] = session.Server();
-        if (!ListOnce(session, size.appointments, again))
-        {
-            return false;
-        }
-        memory[2] = session.Server();
-        characters = session.Document().size();
     }
-    const unsigned pauses = size.appointments * kAttendees;
-    const double pauseCpu = paused.cpuMs - floor.cpuMs;
-    const std::optional<EventCost> event = MeasureEventFloor(characters, size.runs);
-    if (!event)
-    {
-        return false;
-    }
-    const double beyond = first.Figures().cpuMs - pauseCpu - event->cpuMs - floor.cpuMs;
-    std::printf("%u appointments, %u series among them, %zu characters; medians of %u servers:\n",
-                size.appointments,
-                size.appointments / 10,
-                characters,
-                size.runs);
-    std::printf("  first listing    %9.1f ms, of which %9.1f ms are %u pauses\n",
-                first.Figures().wallMs,
-                paused.wallMs - floor.wallMs,
-                pauses);
-    std::printf(
-        "  a bare event     %9.1f ms: as long a text from a server that does nothing else\n",
-        event->wallMs);
-    std::printf("  processor time   %9.1f ms, of which %9.1f ms are the pauses' and %9.1f ms a "
-                "bare event's; "
-                "floor %9.1f ms; beyond these %9.1f ms, %.2f of the floor\n",
-                first.Figures().cpuMs,
-                pauseCpu,
-                event->cpuMs,
-                floor.cpuMs,
-                beyond,
-                floor.cpuMs > 0 ? beyond / floor.cpuMs : 0.0);
-    std::printf("  again            %9.1f ms, processor time %9.1f ms\n",
-                again.Figures().wallMs,
-                again.Figures().cpuMs);
-    std::printf(
-        "  working set      %9.0f KiB before, %9.0f KiB behind the first, %9.0f KiB behind the "
-        "second\n",
-        memory[0].workingSetKiB,
-        memory[1].workingSetKiB,
-        memory[2].workingSetKiB);
-    std::fflush(stdout);
+    std::fputc('\n', stderr);
+    Print(size, measured);
     return true;
 }
 

@@ -63,6 +63,38 @@ std::wstring HostFolderOf(const std::wstring& program)
     return folder;
 }
 
+/// The milliseconds that each thread has run, by its name in the host's folder of the process.
+std::map<std::wstring, double> ThreadTimes(const std::wstring& folder)
+{
+    std::map<std::wstring, double> times;
+    if (folder.empty())
+    {
+        return times;
+    }
+    WIN32_FIND_DATAW found{};
+    HANDLE search = FindFirstFileW((folder + L"\\task\\*").c_str(), &found);
+    if (search == INVALID_HANDLE_VALUE)
+    {
+        return times;
+    }
+    do
+    {
+        // Nanoseconds on a processor, then what was waited for one. The folder above tells of its first
+        // thread once more.
+        std::istringstream values(
+            found.cFileName[0] == L'.'
+                ? std::string()
+                : HostFile(folder + L"\\task\\" + found.cFileName + L"\\schedstat"));
+        double nanoseconds = 0;
+        if (values >> nanoseconds)
+        {
+            times[found.cFileName] = nanoseconds / 1e6;
+        }
+    } while (FindNextFileW(search, &found) != 0);
+    FindClose(search);
+    return times;
+}
+
 bool IsWine()
 {
     return GetProcAddress(GetModuleHandleW(L"ntdll.dll"), "wine_get_version") != nullptr;
@@ -88,6 +120,27 @@ double CpuMsOf(HANDLE process, const std::wstring& program)
     double kernel = 0;
     values >> user >> kernel;
     return (user + kernel) * 10;
+}
+
+CCpuMeter::CCpuMeter(HANDLE process, const std::wstring& program)
+    : m_process(process), m_folder(IsWine() ? HostFolderOf(program) : std::wstring()),
+      m_threads(ThreadTimes(m_folder)), m_startMs(FiguresOf(process).cpuMs)
+{
+}
+
+double CCpuMeter::SpentMs() const
+{
+    if (m_threads.empty())
+    {
+        return FiguresOf(m_process).cpuMs - m_startMs;
+    }
+    double spent = 0;
+    for (const auto& [thread, timeMs] : ThreadTimes(m_folder))
+    {
+        const auto before = m_threads.find(thread);
+        spent += timeMs - (before != m_threads.end() ? before->second : 0.0);
+    }
+    return spent;
 }
 
 ProcessFigures FiguresOf(HANDLE process)

@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <set>
+
 #include "MapiDataStore.h"
 
 namespace
@@ -165,6 +167,38 @@ TEST(MapiDataStore, FindByInstanceGivesTheFirstMatchInKeyOrderAndKeepsIt)
 
     EXPECT_EQ(found.strName, WTEXT("first"));
     EXPECT_TRUE(store.GetAppointment(WTEXT("0B"), found));
+}
+
+TEST(MapiDataStore, KeysOfEveryLengthThatBeginAlikeAreKeptApartAndInTheOrderOfTheirUnits)
+{
+    // All texts of up to nine units that are one unit repeated, but perhaps for one at any place.
+    std::set<WString> keys;
+    for (std::size_t length = 0; length <= 9; ++length)
+    {
+        WString key(length, WTEXT('5'));
+        keys.insert(key);
+        for (WCHAR& unit : key)
+        {
+            for (const WCHAR other : {WTEXT('4'), WTEXT('A'), static_cast<WCHAR>(0x0135)})
+            {
+                unit = other;
+                keys.insert(key);
+            }
+            unit = WTEXT('5');
+        }
+    }
+    CMapiDataStore store;
+    for (const WString& key : keys)
+    {
+        store.AddAppointment(key, NamedMeeting(key.c_str(), {1}));
+    }
+
+    for (const WString& key : keys)
+    {
+        MeetingInfo taken;
+        ASSERT_TRUE(store.TakeAppointmentByInstance(WTEXT("01"), taken));
+        EXPECT_EQ(taken.strName, key);
+    }
 }
 
 TEST(MapiDataStore, FindByInstanceComparesTheTextExactly)
