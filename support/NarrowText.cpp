@@ -2,11 +2,34 @@
 
 #ifdef _WIN32
 
+#include <algorithm>
+
+namespace
+{
+
+/// Whether the text has nothing but ASCII, which stands at the same place in every code page. Looks at
+/// all units, which the compiler can do for many at once.
+bool IsAscii(WStringView text) noexcept
+{
+    unsigned all = 0;
+    for (const WCHAR unit : text)
+    {
+        all |= unit;
+    }
+    return all < 0x80;
+}
+
+} // namespace
+
 std::string NarrowText(WStringView text)
 {
-    if (text.empty())
+    if (IsAscii(text))
     {
-        return {};
+        std::string narrow(text.size(), '\0');
+        std::transform(text.begin(), text.end(), narrow.begin(), [](WCHAR unit) {
+            return static_cast<char>(unit);
+        });
+        return narrow;
     }
     const int cch = static_cast<int>(text.size());
     const int cb = WideCharToMultiByte(CP_ACP, 0, text.data(), cch, nullptr, 0, nullptr, nullptr);

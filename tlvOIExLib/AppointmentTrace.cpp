@@ -7,14 +7,21 @@ std::string AppointmentFacts(const MeetingInfo& meeting)
 {
     std::string name;
     Base64EncodeForAString(NarrowText(meeting.strName), name);
-    std::string facts = "name=[" + name + "], rectype=[";
-    facts += std::to_string(meeting.recurrenceType) + "], meetingstatus=[";
-    facts += std::to_string(static_cast<std::int32_t>(meeting.meetingStatus)) + "] stFirst=[";
-    facts += std::to_string(meeting.firstTime.wYear) + "/";
-    facts += std::to_string(meeting.firstTime.wMonth) + "/";
-    facts += std::to_string(meeting.firstTime.wDay) + " ";
-    facts += std::to_string(meeting.firstTime.wHour) + ":";
-    facts += std::to_string(meeting.firstTime.wMinute) + "]";
+    constexpr std::size_t kAllBesideTheName = 160; // six numbers and what stands around them
+    std::string facts;
+    facts.reserve(name.size() + kAllBesideTheName);
+    facts.append("name=[").append(name);
+    const auto append = [&facts](const char* before, int number) {
+        facts.append(before).append(std::to_string(number));
+    };
+    append("], rectype=[", meeting.recurrenceType);
+    append("], meetingstatus=[", static_cast<std::int32_t>(meeting.meetingStatus));
+    append("] stFirst=[", meeting.firstTime.wYear);
+    append("/", meeting.firstTime.wMonth);
+    append("/", meeting.firstTime.wDay);
+    append(" ", meeting.firstTime.wHour);
+    append(":", meeting.firstTime.wMinute);
+    facts += ']';
     return facts;
 }
 

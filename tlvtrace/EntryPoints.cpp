@@ -2,6 +2,7 @@
 
 #include <windows.h>
 
+#include <atomic>
 #include <new>
 
 #include "TraceLibrary.h"
@@ -11,7 +12,7 @@ namespace
 // Made at the first line and never destroyed: programs trace until their very end, and some unload the
 // library before. The module pins itself, so unloading leaves the writer thread its code.
 INIT_ONCE g_made{};
-tlvtrace::CTraceLibrary* g_library = nullptr;
+std::atomic<tlvtrace::CTraceLibrary*> g_library{nullptr};
 
 BOOL CALLBACK MakeLibrary(INIT_ONCE* /*once*/, void* /*parameter*/, void** /*context*/)
 {
@@ -25,24 +26,28 @@ BOOL CALLBACK MakeLibrary(INIT_ONCE* /*once*/, void* /*parameter*/, void** /*con
             tlvtrace::TraceDirectory(), L"strato-mapi", tlvtrace::RotationLimits{});
         auto* const library = new tlvtrace::CTraceLibrary(*file);
         library->Start();
-        g_library = library;
+        g_library.store(library, std::memory_order_release);
     }
     catch (const std::bad_alloc&)
     {
         // Without memory there is no trace; the program goes on.
-        g_library = nullptr;
     }
     return TRUE;
 }
 
 void Write(const tlvtrace::TraceRecord& record)
 {
-    const DWORD lastError = GetLastError();
-    InitOnceExecuteOnce(&g_made, MakeLibrary, nullptr, nullptr);
-    SetLastError(lastError);
-    if (g_library != nullptr)
+    tlvtrace::CTraceLibrary* library = g_library.load(std::memory_order_acquire);
+    if (library == nullptr)
     {
-        g_library->Write(record);
+        const DWORD lastError = GetLastError();
+        InitOnceExecuteOnce(&g_made, MakeLibrary, nullptr, nullptr);
+        SetLastError(lastError);
+        library = g_library.load(std::memory_order_acquire);
+    }
+    if (library != nullptr)
+    {
+        library->Write(record);
     }
 }
 } // namespace
@@ -66,7 +71,8 @@ void TLVTRACERAWA(unsigned code, const char* module, int /*zero*/, const char* t
 int TLVTRACEFLUSH(unsigned timeoutMs) noexcept
 {
     const DWORD lastError = GetLastError();
-    const bool isWritten = g_library == nullptr || g_library->Queue().WaitUntilWritten(timeoutMs);
+    tlvtrace::CTraceLibrary* const library = g_library.load(std::memory_order_acquire);
+    const bool isWritten = library == nullptr || library->Queue().WaitUntilWritten(timeoutMs);
     SetLastError(lastError);
     return isWritten ? 1 : 0;
 }
@@ -74,9 +80,9 @@ int TLVTRACEFLUSH(unsigned timeoutMs) noexcept
 BOOL WINAPI DllMain(HINSTANCE /*instance*/, DWORD reason, void* reserved)
 {
     // At the end of the process all other threads are gone, the writer among them.
-    if (reason == DLL_PROCESS_DETACH && reserved != nullptr && g_library != nullptr)
+    if (reason == DLL_PROCESS_DETACH && reserved != nullptr && g_library.load() != nullptr)
     {
-        g_library->Queue().DrainAtExit();
+        g_library.load()->Queue().DrainAtExit();
     }
     return TRUE;
 }

@@ -59,15 +59,20 @@ void CTraceLibrary::Write(const TraceRecord& record) noexcept
     char head[kMaxHead];
     std::size_t length =
         WriteHead(head, record, m_clock.Now(), GetCurrentProcessId(), GetCurrentThreadId());
+    const std::string_view text = TextOf(record);
     if (m_continuedSlot != TLS_OUT_OF_INDEXES)
     {
-        if (TlsGetValue(m_continuedSlot) != nullptr && length + kContinued.size() < sizeof head)
+        const bool continues = TlsGetValue(m_continuedSlot) != nullptr;
+        if (continues && length + kContinued.size() < sizeof head)
         {
             length += kContinued.copy(head + length, kContinued.size());
         }
-        TlsSetValue(m_continuedSlot, EndsLine(record) ? nullptr : this);
+        if (continues == EndsLine(text))
+        {
+            TlsSetValue(m_continuedSlot, continues ? nullptr : this);
+        }
     }
-    const std::string_view body = BodyOf(record);
+    const std::string_view body = BodyOf(text);
     // A failure may be the last thing that this process tells.
     const bool hurry = record.code == kFailureCode;
     if (IsAscii(body))

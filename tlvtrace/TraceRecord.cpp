@@ -77,13 +77,18 @@ std::size_t WriteHead(char (&head)[kMaxHead],
     return static_cast<std::size_t>(out - head);
 }
 
-std::string_view BodyOf(const TraceRecord& record)
+std::string_view TextOf(const TraceRecord& record)
 {
     if (record.text == nullptr)
     {
         return {};
     }
-    std::string_view body(record.text, strnlen(record.text, kMaxText));
+    return {record.text, strnlen(record.text, kMaxText + 1)};
+}
+
+std::string_view BodyOf(std::string_view text)
+{
+    std::string_view body = text.substr(0, kMaxText);
     while (!body.empty() && body.front() == ' ')
     {
         body.remove_prefix(1);
@@ -95,13 +100,8 @@ std::string_view BodyOf(const TraceRecord& record)
     return body;
 }
 
-bool EndsLine(const TraceRecord& record)
+bool EndsLine(std::string_view text)
 {
-    if (record.text == nullptr)
-    {
-        return true;
-    }
-    const std::size_t length = std::strlen(record.text);
-    return length == 0 || length > kMaxText || IsLineEnd(record.text[length - 1]);
+    return text.empty() || text.size() > kMaxText || IsLineEnd(text.back());
 }
 } // namespace tlvtrace

@@ -34,9 +34,12 @@ std::size_t WriteHead(char (&head)[kMaxHead],
                       DWORD process,
                       DWORD thread);
 
-/// The record's text without the blanks in front and the line ends behind, cut to kMaxText.
-std::string_view BodyOf(const TraceRecord& record);
+/// The record's text, one character more than is kept if it is longer than that.
+std::string_view TextOf(const TraceRecord& record);
+
+/// That text without the blanks in front and the line ends behind, cut to kMaxText.
+std::string_view BodyOf(std::string_view text);
 
 /// True when the text is a whole line: a piece without a line end is followed by the rest.
-bool EndsLine(const TraceRecord& record);
+bool EndsLine(std::string_view text);
 } // namespace tlvtrace

@@ -5,7 +5,7 @@
 // forgets much of what it had at hand. Apart from it the pauses alone, an event with as long a text from a
 // bare COM server, and a later reading without pauses. Then a thousand listings in a row.
 //
-// listing_bench [APPOINTMENTS | row]: that size alone, or only the listings in a row.
+// listing_bench [APPOINTMENTS [RUNS] | row]: that size alone, or only the listings in a row.
 #include <windows.h>
 
 #include <objbase.h>
@@ -290,18 +290,20 @@ int wmain(int argc, wchar_t** argv)
     {
         return 1;
     }
-    const unsigned long wanted = argc == 2 ? std::wcstoul(argv[1], nullptr, 10) : 0;
+    const unsigned long wanted = argc >= 2 ? std::wcstoul(argv[1], nullptr, 10) : 0;
+    const unsigned long runs = argc >= 3 ? std::wcstoul(argv[2], nullptr, 10) : 0;
     const CBenchMachine machine;
     if (argc == 2 && std::wcscmp(argv[1], L"row") == 0)
     {
         return MeasureRow(machine) ? 0 : 1;
     }
-    for (const Size& size : kSizes)
+    for (Size size : kSizes)
     {
         if (wanted != 0 && wanted != size.appointments)
         {
             continue;
         }
+        size.runs = runs != 0 ? static_cast<unsigned>(runs) : size.runs;
         if (!MeasureSize(machine, size))
         {
             return 1;

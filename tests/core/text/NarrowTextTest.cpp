@@ -8,6 +8,35 @@ TEST(NarrowText, AsciiComesBackUnchanged)
     EXPECT_EQ(WidenText("strato 1"), WTEXT("strato 1"));
 }
 
+TEST(NarrowText, EveryAsciiCharacterComesBackTheTerminatorAmongThem)
+{
+    WString wide;
+    std::string narrow;
+    for (char letter = 0;; ++letter)
+    {
+        wide += static_cast<WCHAR>(letter);
+        narrow += letter;
+        if (letter == 0x7F)
+        {
+            break;
+        }
+    }
+
+    EXPECT_EQ(NarrowText(wide), narrow);
+}
+
+TEST(NarrowText, OneOtherCharacterAnywhereIsConverted)
+{
+    for (std::size_t place = 0; place < 20; ++place)
+    {
+        WString wide(20, static_cast<WCHAR>('a'));
+        wide[place] = 0x00E9;
+
+        EXPECT_EQ(WidenText(NarrowText(wide)), wide) << place;
+        EXPECT_NE(NarrowText(wide), std::string(20, 'a')) << place;
+    }
+}
+
 TEST(NarrowText, EmptyTextGivesEmptyText)
 {
     EXPECT_EQ(NarrowText({}), "");

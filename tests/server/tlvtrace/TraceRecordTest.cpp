@@ -4,14 +4,22 @@
 
 #include <string>
 
-using tlvtrace::BodyOf;
-using tlvtrace::EndsLine;
 using tlvtrace::TraceRecord;
 
 namespace
 {
 constexpr tlvtrace::MomentText kTime = {'2', '0', '2', '6', '-', '1', '1', '-', '0', '2', ' ', '0',
                                         '4', ':', '0', '5', ':', '0', '6', '.', '0', '0', '7'};
+
+std::string_view BodyOf(const TraceRecord& record)
+{
+    return tlvtrace::BodyOf(tlvtrace::TextOf(record));
+}
+
+bool EndsLine(const TraceRecord& record)
+{
+    return tlvtrace::EndsLine(tlvtrace::TextOf(record));
+}
 
 std::string Head(const TraceRecord& record)
 {
