@@ -107,7 +107,7 @@ TEST_F(MailCtrlTest, NotesAnswersAndDoesNothing)
 {
     CNotesCtrl notes;
     WString text = L"kept";
-    CEventText listing;
+    CEventText listing(L"kept");
     std::vector<MailRecord> mails;
     std::vector<ContactRecord> contacts;
     ContactRecord contact;
@@ -127,6 +127,7 @@ TEST_F(MailCtrlTest, NotesAnswersAndDoesNothing)
     notes.FreeLib();
 
     EXPECT_EQ(text, L"kept");
+    EXPECT_EQ(listing.View(), L"kept");
     EXPECT_EQ(profile, nullptr);
     EXPECT_EQ(Lines(), Strings{});
 }

@@ -60,10 +60,9 @@ TEST_F(MapiCtrlTest, SecondInitOfATypeAnswersZeroAlsoWhenTheFirstFailed)
     EXPECT_EQ(mail.Init(1, 1), 0U);
 
     // The controller looks ready and is not: the listing is refused by its status.
-    WString text;
     CEventText listing;
     EXPECT_EQ(mail.ListAppointment({}, {}, listing), 1U);
-    EXPECT_EQ(text, L"");
+    EXPECT_EQ(listing.View(), L"");
     EXPECT_TRUE(HasDocument(mail));
     mail.FreeLib();
 }
@@ -147,10 +146,9 @@ TEST_F(MapiCtrlTest, RefusedTypeLeavesOutlookAtWork)
     EXPECT_EQ(mail.Init(5, 2), 1U);
 
     EXPECT_EQ(mail.GetMailType(), 1U);
-    WString text;
     CEventText listing;
     EXPECT_EQ(mail.ListAppointment({}, {}, listing), 0U);
-    EXPECT_EQ(text, L"<appointments></appointments>");
+    EXPECT_EQ(listing.View(), L"<appointments></appointments>");
     mail.FreeLib();
 }
 
@@ -238,10 +236,9 @@ TEST_F(MapiCtrlTest, FailedBringUpIsForgottenWithItsController)
 
     EXPECT_EQ(mail.Init(1, 1), 0U);
 
-    WString text;
     CEventText listing;
     EXPECT_EQ(mail.ListAppointment({}, {}, listing), 0U);
-    EXPECT_EQ(text, L"<appointments></appointments>");
+    EXPECT_EQ(listing.View(), L"<appointments></appointments>");
     mail.FreeLib();
 }
 
