@@ -7,7 +7,7 @@ std::string AppointmentFacts(const MeetingInfo& meeting)
 {
     std::string name;
     Base64EncodeForAString(NarrowText(meeting.strName), name);
-    constexpr std::size_t kAllBesideTheName = 160; // six numbers and what stands around them
+    constexpr std::size_t kAllBesideTheName = 160; // seven numbers and what stands around them
     std::string facts;
     facts.reserve(name.size() + kAllBesideTheName);
     facts.append("name=[").append(name);
